@@ -1,0 +1,3 @@
+#pragma once
+
+// Audio family: AMR and AAC storage files and codecs.

@@ -1,0 +1,4 @@
+#pragma once
+
+// Melody family: format registry, MIDI model, iMelody converters, SMAF information.
+#include "handset/melody/FormatRegistry.h"

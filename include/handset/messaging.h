@@ -1,0 +1,3 @@
+#pragma once
+
+// Messaging family: stored messages and MMS records.

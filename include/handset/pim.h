@@ -1,0 +1,3 @@
+#pragma once
+
+// Personal-data family: vObject text, bookmarks, contacts and calendar entries.

@@ -1,0 +1,12 @@
+#pragma once
+
+// Platform family: owned strings and lists, archives, package blocks, the profile store,
+// configuration globals, string resources, message boxes and result texts.
+#include "handset/platform/Archive.h"
+#include "handset/platform/Config.h"
+#include "handset/platform/MessageBox.h"
+#include "handset/platform/PackageBlk.h"
+#include "handset/platform/RegSDK.h"
+#include "handset/platform/Resources.h"
+#include "handset/platform/Results.h"
+#include "handset/platform/Strings.h"

@@ -1,0 +1,5 @@
+#include "handset.h"
+
+const char* HsVersion() {
+  return "0.1.0";
+}
