@@ -72,8 +72,9 @@ TEST(Identify, EveryCorpusFileMatchesItsManifestDescription) {
     EXPECT_EQ(content, ExpectedContent(row)) << row.path << ": " << row.description;
     sniffed += content != 0;
     // With no extension to go by, the file's bytes decide.
-    if (ExpectedExtension(row.path) == 0)
+    if (ExpectedExtension(row.path) == 0) {
       EXPECT_EQ(_GetSoundFileFormatType(full.c_str(), 1), ExpectedContent(row)) << row.path;
+    }
   }
   EXPECT_GT(sniffed, 80);
 }
