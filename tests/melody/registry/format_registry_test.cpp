@@ -80,8 +80,7 @@ TEST_F(FormatRegistry, ContentSniffing) {
   const unsigned char mthd[] = "MThd\0\0\0\6";
   EXPECT_EQ(GetMdyFmtByMdyDataCont(mthd, 4), 0u);  // the length must exceed 4
   EXPECT_EQ(GetMdyFmtByMdyDataCont(mthd, 5), 0x18u);
-  EXPECT_EQ(GetMdyFmtByMdyDataCont(reinterpret_cast<const unsigned char*>("MMMD...."), 8),
-            0x4060u);
+  EXPECT_EQ(GetMdyFmtByMdyDataCont(reinterpret_cast<const unsigned char*>("MMMD...."), 8), 0x4060u);
   EXPECT_EQ(GetMdyFmtByMdyDataCont(reinterpret_cast<const unsigned char*>("RIFF...."), 8), 0x80u);
   EXPECT_EQ(GetMdyFmtByAuxDataCont(reinterpret_cast<const unsigned char*>("#!AMR-WB\n"), 9),
             MDYFMT_AMR);
@@ -109,7 +108,8 @@ TEST_F(FormatRegistry, TextForms) {
   EXPECT_EQ(MdyFormatSTRToRawMdyFmt("gmidi"), 0u);
   EXPECT_EQ(MdyFormatSTRToRawMdyFmt("GMIDI,,AMR,bogus,"), MDYFMT_GMIDI | MDYFMT_AMR);
   // Every named bit survives the round trip.
-  const uint32_t named = 0x7FFFFF & ~(MDYFMT_MP3 | MDYFMT_3GP | 0x8000 | 0x20000 | 0x40000 | 0x80000);
+  const uint32_t named =
+      0x7FFFFF & ~(MDYFMT_MP3 | MDYFMT_3GP | 0x8000 | 0x20000 | 0x40000 | 0x80000);
   EXPECT_EQ(MdyFormatSTRToRawMdyFmt(TransToMdyFormatSTR(named).c_str()), named);
 }
 
