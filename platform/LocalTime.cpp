@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "platform/Env.h"
+
 namespace {
 
 #if !defined(_WIN32)
@@ -68,7 +70,7 @@ bool LocalStandardTime(time_t t, std::tm* out) {
 }
 
 void SetTimeZone(const char* tz) {
-  _putenv_s("TZ", tz ? tz : "");
+  SetEnv("TZ", tz);
   _tzset();
 }
 
@@ -87,10 +89,7 @@ bool LocalStandardTime(time_t t, std::tm* out) {
 }
 
 void SetTimeZone(const char* tz) {
-  if (tz)
-    setenv("TZ", tz, 1);
-  else
-    unsetenv("TZ");
+  SetEnv("TZ", tz);
   tzset();
 }
 

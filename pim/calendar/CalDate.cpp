@@ -8,7 +8,9 @@ namespace {
 // February always has 29 days here: the phone stores 29 February in any year.
 constexpr int kMonthDays[12] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
-int Order(int32_t a, int32_t b) { return a < b ? -1 : a > b ? 1 : 0; }
+int Order(int32_t a, int32_t b) {
+  return a < b ? -1 : a > b ? 1 : 0;
+}
 
 }  // namespace
 

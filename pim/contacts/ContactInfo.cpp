@@ -19,7 +19,9 @@ char* Duplicate(const char* text) {
   return copy;
 }
 
-const char* OrEmpty(const char* s) { return s ? s : ""; }
+const char* OrEmpty(const char* s) {
+  return s ? s : "";
+}
 
 // Copies `text` into a fixed field, cut to fit and always terminated.
 void CopyField(char* dest, size_t capacity, const char* text) {
@@ -36,7 +38,9 @@ std::string ReadField(const char* field, size_t capacity) {
   return std::string(field, n);
 }
 
-std::string Key(const char* prefix, const char* name) { return std::string(OrEmpty(prefix)) + name; }
+std::string Key(const char* prefix, const char* name) {
+  return std::string(OrEmpty(prefix)) + name;
+}
 
 }  // namespace
 
@@ -50,7 +54,9 @@ CContactInfo::CContactInfo(const CContactInfo& other)
 CContactInfo::CContactInfo(CINFO_TYPE type, const char* label, const char* info)
     : m_nType(type), m_pszLabel(Duplicate(label)), m_pszInfo(Duplicate(info)) {}
 
-CContactInfo::~CContactInfo() { Empty(); }
+CContactInfo::~CContactInfo() {
+  Empty();
+}
 
 CContactInfo& CContactInfo::operator=(const CContactInfo& other) {
   if (this != &other) Set(other.m_nType, other.m_pszLabel, other.m_pszInfo);

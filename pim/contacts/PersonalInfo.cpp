@@ -8,13 +8,17 @@ namespace {
 
 constexpr int32_t kPIVersion = 0x1212;
 
-const char* OrEmpty(const char* s) { return s ? s : ""; }
+const char* OrEmpty(const char* s) {
+  return s ? s : "";
+}
 
 bool IsPhone(CINFO_TYPE type) {
   return ((static_cast<uint32_t>(type) >> 8) & 0xFF) == CINFO_FAMILY_PHONE;
 }
 
-bool IsEmptyText(const char* s) { return !s || !*s; }
+bool IsEmptyText(const char* s) {
+  return !s || !*s;
+}
 
 // The characters a phone dials besides the digits. Upper-case 'W' is not among them: the phone
 // treats only the lower-case form as a wait.
@@ -27,16 +31,26 @@ void CopyField(char* dest, size_t capacity, const char* text) {
   std::memset(dest + n, 0, capacity - n);
 }
 
-std::string Key(const char* prefix, const char* name) { return std::string(OrEmpty(prefix)) + name; }
+std::string Key(const char* prefix, const char* name) {
+  return std::string(OrEmpty(prefix)) + name;
+}
 
-bool HasType(const CContactInfo& c, CINFO_TYPE type) { return c.GetType() == type; }
-bool HasNoInfo(const CContactInfo& c, CINFO_TYPE) { return IsEmptyText(c.GetInfoString()); }
+bool HasType(const CContactInfo& c, CINFO_TYPE type) {
+  return c.GetType() == type;
+}
+bool HasNoInfo(const CContactInfo& c, CINFO_TYPE) {
+  return IsEmptyText(c.GetInfoString());
+}
 
 }  // namespace
 
-CPersonalInfo::CPersonalInfo() { Empty(); }
+CPersonalInfo::CPersonalInfo() {
+  Empty();
+}
 
-void CPersonalInfo::SetName(const char* name) { m_strName = OrEmpty(name); }
+void CPersonalInfo::SetName(const char* name) {
+  m_strName = OrEmpty(name);
+}
 
 CString CPersonalInfo::GetDisplayName() const {
   if (!m_strName.IsEmpty()) return m_strName;
@@ -56,13 +70,16 @@ uint32_t CPersonalInfo::GetCheckSum() const {
   for (int i = 0; i < m_nContacts; ++i) {
     // Each entry's own sum is folded in, so the order of the entries counts.
     uint32_t entry = m_Contacts[i].GetCheckSum();
-    uint8_t b[4] = {uint8_t(entry), uint8_t(entry >> 8), uint8_t(entry >> 16), uint8_t(entry >> 24)};
+    uint8_t b[4] = {uint8_t(entry), uint8_t(entry >> 8), uint8_t(entry >> 16),
+                    uint8_t(entry >> 24)};
     sum = HsCrc32(b, 4, sum);
   }
   return sum;
 }
 
-const char* CPersonalInfo::GetNote() const { return FindContactInfo(CINFO_NOTE, 0); }
+const char* CPersonalInfo::GetNote() const {
+  return FindContactInfo(CINFO_NOTE, 0);
+}
 
 const char* CPersonalInfo::GetDefaultPhone() const {
   for (int i = 0; i < m_nContacts; ++i)
@@ -71,7 +88,9 @@ const char* CPersonalInfo::GetDefaultPhone() const {
   return nullptr;
 }
 
-const char* CPersonalInfo::GetMobilePhone() const { return FindContactInfo(CINFO_PHONE_MOBILE, 0); }
+const char* CPersonalInfo::GetMobilePhone() const {
+  return FindContactInfo(CINFO_PHONE_MOBILE, 0);
+}
 
 int CPersonalInfo::GetPhoneCount() const {
   int n = 0;
@@ -79,7 +98,9 @@ int CPersonalInfo::GetPhoneCount() const {
   return n;
 }
 
-int CPersonalInfo::GetTextCount() const { return m_nContacts - GetPhoneCount(); }
+int CPersonalInfo::GetTextCount() const {
+  return m_nContacts - GetPhoneCount();
+}
 
 int CPersonalInfo::Add(CINFO_TYPE type, const CString& data, const char* label) {
   if (m_nContacts >= PI_MAX_CONTACTS) return 0;
@@ -116,7 +137,9 @@ void CPersonalInfo::Empty() {
   m_nIndex = 0;
 }
 
-bool CPersonalInfo::IsEmpty() const { return m_strName.IsEmpty() && m_nContacts == 0; }
+bool CPersonalInfo::IsEmpty() const {
+  return m_strName.IsEmpty() && m_nContacts == 0;
+}
 
 CString CPersonalInfo::Dump() const {
   CString out;
@@ -185,9 +208,13 @@ int CPersonalInfo::_RemoveIf(bool (*pred)(const CContactInfo&, CINFO_TYPE), CINF
   return removed;
 }
 
-int CPersonalInfo::Del(CINFO_TYPE type) { return _RemoveIf(HasType, type); }
+int CPersonalInfo::Del(CINFO_TYPE type) {
+  return _RemoveIf(HasType, type);
+}
 
-int CPersonalInfo::DelEmptyCInfo() { return _RemoveIf(HasNoInfo, CINFO_NONE); }
+int CPersonalInfo::DelEmptyCInfo() {
+  return _RemoveIf(HasNoInfo, CINFO_NONE);
+}
 
 int CPersonalInfo::ClearCInfoString(CINFO_TYPE type) {
   int n = 0;
@@ -220,8 +247,9 @@ void CPersonalInfo::ReadFrom(const PI_RAW& raw) {
   m_nFlag = raw.nFlag;
   std::memcpy(m_szOutlookHandle, raw.szOutlookHandle, sizeof m_szOutlookHandle);
   m_szOutlookHandle[sizeof m_szOutlookHandle - 1] = '\0';
-  int count = raw.nContacts < 0 ? 0 : raw.nContacts > PI_MAX_CONTACTS ? PI_MAX_CONTACTS
-                                                                      : raw.nContacts;
+  int count = raw.nContacts < 0                 ? 0
+              : raw.nContacts > PI_MAX_CONTACTS ? PI_MAX_CONTACTS
+                                                : raw.nContacts;
   for (int i = 0; i < count; ++i) m_Contacts[i].ReadFrom(raw.contacts[i]);
   m_nContacts = count;
   m_nIndex = raw.nIndex;
@@ -265,8 +293,7 @@ int CPersonalInfo::UnpackData(const char* prefix, const CUnpackageBlk& blk) {
   blk.GetInt(Key(prefix, "m_nContacts").c_str(), &count);
   count = count < 0 ? 0 : count > PI_MAX_CONTACTS ? PI_MAX_CONTACTS : count;
   for (int i = 0; i < count; ++i) {
-    if (!m_Contacts[i].UnpackData((Key(prefix, "m_Contacts_") + std::to_string(i)).c_str(),
-                                  blk)) {
+    if (!m_Contacts[i].UnpackData((Key(prefix, "m_Contacts_") + std::to_string(i)).c_str(), blk)) {
       Empty();
       return 0;
     }

@@ -79,23 +79,23 @@ class HANDSET_API CCalendarInfo {
   /// is 4084.
   bool _UnpackImage(const uint8_t* image, size_t size);
 
-  int32_t m_nType;            ///< kind of entry; 0 is an empty entry
-  int32_t m_nStatus;          ///< 0 after Empty
-  int32_t m_nInterval;        ///< repeat interval; 1 after Empty
-  ME_CAL_DATE m_calStart;     ///< start
-  ME_CAL_DATE m_calEnd;       ///< end
-  ME_CAL_DATE m_calAlarm;     ///< alarm time
-  ME_CAL_DATE m_calModified;  ///< last change
-  int32_t m_nRepeat;          ///< repeat rule; 0 (none) after Empty
-  int32_t m_nRepeatMask;      ///< repeat days; 0 after Empty
-  int32_t m_nRepeatCount;     ///< 0x7FFFFFFF (no limit) after Empty
-  ME_CAL_DATE m_calRepeatEnd; ///< last repetition
-  int32_t m_nAlarmType;       ///< 0 after Empty
-  uint32_t m_hHandle;         ///< the phone's handle
-  int32_t m_nPriority;        ///< 0 after Empty
-  int32_t m_nCategory;        ///< 0 after Empty
-  int32_t m_nFlags;           ///< 0 after Empty
-  uint32_t m_nIndex;          ///< position on the phone
+  int32_t m_nType;             ///< kind of entry; 0 is an empty entry
+  int32_t m_nStatus;           ///< 0 after Empty
+  int32_t m_nInterval;         ///< repeat interval; 1 after Empty
+  ME_CAL_DATE m_calStart;      ///< start
+  ME_CAL_DATE m_calEnd;        ///< end
+  ME_CAL_DATE m_calAlarm;      ///< alarm time
+  ME_CAL_DATE m_calModified;   ///< last change
+  int32_t m_nRepeat;           ///< repeat rule; 0 (none) after Empty
+  int32_t m_nRepeatMask;       ///< repeat days; 0 after Empty
+  int32_t m_nRepeatCount;      ///< 0x7FFFFFFF (no limit) after Empty
+  ME_CAL_DATE m_calRepeatEnd;  ///< last repetition
+  int32_t m_nAlarmType;        ///< 0 after Empty
+  uint32_t m_hHandle;          ///< the phone's handle
+  int32_t m_nPriority;         ///< 0 after Empty
+  int32_t m_nCategory;         ///< 0 after Empty
+  int32_t m_nFlags;            ///< 0 after Empty
+  uint32_t m_nIndex;           ///< position on the phone
   char m_szSubject[512];
   char m_szLocation[512];
   char m_szDescription[512];
@@ -105,5 +105,5 @@ class HANDSET_API CCalendarInfo {
   char m_szExtra[513];
   char m_szCategory[65];
   char m_szAlarmFile[260];  ///< a file path
-  int32_t m_nAlarmSound;      ///< 0 after Empty
+  int32_t m_nAlarmSound;    ///< 0 after Empty
 };
