@@ -143,7 +143,7 @@ bool CPersonalInfo::IsEmpty() const {
 
 CString CPersonalInfo::Dump() const {
   CString out;
-  out.Format("contact \"%s\" group %d memory %d handle 0x%X flag 0x%X index %u outlook \"%s\"\n",
+  out.Format("contact \"%s\" group %d memory %d handle 0x%X flag 0x%X index %u desktop \"%s\"\n",
              m_strName.c_str(), m_nGroup, m_nMemory, m_hHandle, m_nFlag, m_nIndex,
              m_szOutlookHandle);
   for (int i = 0; i < m_nContacts; ++i) {

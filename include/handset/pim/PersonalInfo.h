@@ -11,7 +11,7 @@
 /// The most entries one contact holds.
 constexpr int PI_MAX_CONTACTS = 120;
 /// Size, with the NUL, of the desktop address-book handle field.
-constexpr int PI_OUTLOOK_HANDLE_SIZE = 256;
+constexpr int PI_DESKTOP_HANDLE_SIZE = 256;
 /// Size, with the NUL, of the name in a raw record; unpacked names are cut to it as well.
 constexpr int PI_NAME_SIZE = 256;
 /// The most characters `AddPhone` keeps of a number.
@@ -24,7 +24,7 @@ struct PI_RAW {
   int32_t nMemory;
   uint32_t hHandle;
   uint32_t nFlag;
-  char szOutlookHandle[PI_OUTLOOK_HANDLE_SIZE];
+  char szOutlookHandle[PI_DESKTOP_HANDLE_SIZE];
   int32_t nContacts;
   CINFO_RAW contacts[PI_MAX_CONTACTS];
   uint32_t nIndex;
@@ -134,7 +134,7 @@ class HANDSET_API CPersonalInfo {
   int32_t m_nMemory;
   uint32_t m_hHandle;
   uint32_t m_nFlag;
-  char m_szOutlookHandle[PI_OUTLOOK_HANDLE_SIZE];
+  char m_szOutlookHandle[PI_DESKTOP_HANDLE_SIZE];
   int32_t m_nContacts;
   CContactInfo m_Contacts[PI_MAX_CONTACTS];
   uint32_t m_nIndex;
