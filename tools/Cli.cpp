@@ -3,15 +3,7 @@
 #include <cmath>
 #include <cstring>
 
-#if defined(_WIN32)
-#include <io.h>
-#define HS_ISATTY _isatty
-#define HS_FILENO _fileno
-#else
-#include <unistd.h>
-#define HS_ISATTY isatty
-#define HS_FILENO fileno
-#endif
+#include "handset/platform/Console.h"
 
 namespace hs {
 namespace cli {

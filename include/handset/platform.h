@@ -4,6 +4,7 @@
 // configuration globals, string resources, message boxes and result texts.
 #include "handset/platform/Archive.h"
 #include "handset/platform/Config.h"
+#include "handset/platform/Console.h"
 #include "handset/platform/MessageBox.h"
 #include "handset/platform/PackageBlk.h"
 #include "handset/platform/RegSDK.h"
