@@ -249,7 +249,7 @@ Json& Json::Null() {
 }
 
 bool StderrIsTerminal() {
-  return HS_ISATTY(HS_FILENO(stderr)) != 0;
+  return HsStreamIsTerminal(stderr);
 }
 
 void Progress(const char* label, size_t i, size_t n) {
