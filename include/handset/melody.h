@@ -2,3 +2,5 @@
 
 // Melody family: format registry, MIDI model, iMelody converters, SMAF information.
 #include "handset/melody/FormatRegistry.h"
+#include "handset/melody/MidNoteElement.h"
+#include "handset/melody/MidTrackElement.h"
