@@ -2,3 +2,4 @@
 
 // Melody family: format registry, MIDI model, iMelody converters, SMAF information.
 #include "handset/melody/FormatRegistry.h"
+#include "handset/melody/MMFInfo.h"
