@@ -2,5 +2,6 @@
 
 // Melody family: format registry, MIDI model, iMelody converters, SMAF information.
 #include "handset/melody/FormatRegistry.h"
+#include "handset/melody/MMFInfo.h"
 #include "handset/melody/MidNoteElement.h"
 #include "handset/melody/MidTrackElement.h"
