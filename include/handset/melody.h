@@ -5,3 +5,4 @@
 #include "handset/melody/MMFInfo.h"
 #include "handset/melody/MidNoteElement.h"
 #include "handset/melody/MidTrackElement.h"
+#include "handset/melody/MidFileElement.h"
