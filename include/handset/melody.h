@@ -6,3 +6,5 @@
 #include "handset/melody/MidNoteElement.h"
 #include "handset/melody/MidTrackElement.h"
 #include "handset/melody/MidFileElement.h"
+#include "handset/melody/iMelody2Mid.h"
+#include "handset/melody/Mid2iMelody.h"
