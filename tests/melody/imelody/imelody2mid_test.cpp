@@ -91,11 +91,11 @@ TEST(iMelody2Mid, NoteTokensPitchAndDuration) {
   EXPECT_EQ(n[10].key, 48);
   // Start times advance by the codes, read back in thirty-second units.
   EXPECT_EQ(n[9].start, (41u + 80 + 160 + 161 + 10 + 21 + 80 + 80 + 320) * 15);
-  // The last character never starts a token: "c2." keeps no dot, a bare letter adds nothing.
+  // The last character never starts a token (a bare letter adds nothing), but a final dot counts.
   EXPECT_EQ(Keys(Imy("c2d")), (std::vector<int>{48}));
   std::unique_ptr<CMidFileElement> g(conv.DoConvert(Imy("c2."), err));
   ASSERT_TRUE(g);
-  EXPECT_EQ(Notes(*g)[0].duration, 120u);
+  EXPECT_EQ(Notes(*g)[0].duration, 180u);
 }
 
 TEST(iMelody2Mid, RepeatBlocksAndVolume) {
