@@ -57,33 +57,42 @@ struct Summary {
   int tracks;
 };
 
-int MidiToImy(const std::string& in, const std::string& out, const hs::cli::Args& a,
-              const std::vector<uint8_t>& data, Summary* sum) {
-  CMid2iMelody conv;
-  int value = 0;
+struct ImyOptions {
+  int style = 0;
+  int volume = 15;
   int noteLimit = -1;
   int sizeLimit = -1;
+  std::string name;
+};
+
+// Reads the MIDI-to-iMelody options; false with a message when one is out of range.
+bool ParseImyOptions(const hs::cli::Args& a, ImyOptions* o) {
   struct Opt {
     const char* name;
     long lo, hi;
     int* target;
-  } opts[] = {{"--style", 0, 2, nullptr},
-              {"--volume", 0, 15, nullptr},
-              {"--max-notes", 0, 1000000000L, &noteLimit},
-              {"--max-bytes", 0, 1000000000L, &sizeLimit}};
-  for (const Opt& o : opts) {
-    if (!a.Has(o.name)) continue;
-    if (!ParseInt(a.Get(o.name), o.lo, o.hi, &value)) {
-      hs::cli::Fail(kCommand.name, std::string(o.name) + " needs a number from " +
-                                       std::to_string(o.lo) + " to " + std::to_string(o.hi));
-      return 2;
+  } opts[] = {{"--style", 0, 2, &o->style},
+              {"--volume", 0, 15, &o->volume},
+              {"--max-notes", 0, 1000000000L, &o->noteLimit},
+              {"--max-bytes", 0, 1000000000L, &o->sizeLimit}};
+  for (const Opt& opt : opts) {
+    if (a.Has(opt.name) && !ParseInt(a.Get(opt.name), opt.lo, opt.hi, opt.target)) {
+      hs::cli::Fail(kCommand.name, std::string(opt.name) + " needs a number from " +
+                                       std::to_string(opt.lo) + " to " + std::to_string(opt.hi));
+      return false;
     }
-    if (o.target) *o.target = value;
-    if (std::string(o.name) == "--style") conv.SetStyle(value);
-    if (std::string(o.name) == "--volume") conv.SetVolumeLvl(value);
   }
-  conv.SetLimit(noteLimit, sizeLimit);
-  if (a.Has("--name")) conv.SetiMelodyName(a.Get("--name").c_str());
+  o->name = a.Get("--name");
+  return true;
+}
+
+int MidiToImy(const std::string& in, const std::string& out, const ImyOptions& o,
+              const std::vector<uint8_t>& data, Summary* sum) {
+  CMid2iMelody conv;
+  conv.SetStyle(o.style);
+  conv.SetVolumeLvl(o.volume);
+  conv.SetLimit(o.noteLimit, o.sizeLimit);
+  if (!o.name.empty()) conv.SetiMelodyName(o.name.c_str());
 
   CMidFileElement file;
   int rc = file.LoadFromMemory(data.data(), static_cast<unsigned long>(data.size()));
@@ -162,10 +171,12 @@ int Run(const std::vector<std::string>& argv) {
       }
     }
   }
+  ImyOptions opts;
+  if (from == Kind::kMidi && !ParseImyOptions(a, &opts)) return 2;
   std::vector<uint8_t> data;
   if (!hs::cli::ReadInput(in, &data)) return 1;
   Summary sum{"", 0, 0};
-  rc = from == Kind::kMidi ? MidiToImy(in, out, a, data, &sum) : ImyToMidi(in, out, data, &sum);
+  rc = from == Kind::kMidi ? MidiToImy(in, out, opts, data, &sum) : ImyToMidi(in, out, data, &sum);
   if (rc != 0 || !json) return rc;
   hs::cli::Json j;
   j.BeginObject()

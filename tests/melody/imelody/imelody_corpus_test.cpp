@@ -21,7 +21,9 @@ std::string Text(const std::string& path) {
   return std::string(b.begin(), b.end());
 }
 
-std::string Base(const std::string& path) { return path.substr(path.find_last_of('/') + 1); }
+std::string Base(const std::string& path) {
+  return path.substr(path.find_last_of('/') + 1);
+}
 
 TEST(iMelodyCorpus, SingleTrackMidiSurvivesTheRoundTrip) {
   HS_SKIP_WITHOUT_CORPUS();
@@ -78,9 +80,10 @@ TEST(iMelodyCorpus, EveryFileConvertsToMidiThatMidoReads) {
   }
   ASSERT_FALSE(written.empty());
   if (!hs::test::HavePythonModule("mido")) GTEST_SKIP() << "python3-mido not installed";
-  std::string cmd = "/usr/bin/python3 -c 'import sys, mido\nfor p in sys.argv[1:]:\n"
-                    "  m = mido.MidiFile(p)\n  n = sum(1 for t in m.tracks for e in t "
-                    "if e.type == \"note_on\")\n  print(p, len(m.tracks), n)' ";
+  std::string cmd =
+      "/usr/bin/python3 -c 'import sys, mido\nfor p in sys.argv[1:]:\n"
+      "  m = mido.MidiFile(p)\n  n = sum(1 for t in m.tracks for e in t "
+      "if e.type == \"note_on\")\n  print(p, len(m.tracks), n)' ";
   for (const std::string& w : written) cmd += " " + w;
   std::string out;
   ASSERT_EQ(hs::test::RunCommand(cmd + " 2>&1", &out), 0) << out;
@@ -124,7 +127,8 @@ TEST(iMelodyCorpus, TruncatedAndMutatedTextsFailCleanly) {
       if (!mid) {
         EXPECT_TRUE(err == hs::imy2mid::kErrHeader || err == hs::imy2mid::kErrWord ||
                     err == hs::imy2mid::kErrTooLong)
-            << err << "\n" << m;
+            << err << "\n"
+            << m;
         continue;
       }
       EXPECT_EQ(err, hs::imy2mid::kOk);
