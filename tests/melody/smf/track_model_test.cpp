@@ -182,8 +182,7 @@ TEST(MidTrackModel, NotesAndRestsWithDurationCodes) {
                                                                 {0, 62, 81},
                                                                 {0, 64, 40},
                                                                 {1, 0, 320},
-                                                                {1, 0, 320},
-                                                                {1, 0, 160},
+                                                                {1, 0, 321},
                                                                 {0, 65, 40}}));
   t.SetGetMidiEventMode(MIDEVENT_MODE_ALL);
   auto all = walk(0, 1200);
