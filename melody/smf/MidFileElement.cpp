@@ -192,7 +192,7 @@ int CMidFileElement::LoadMidiFile(const char* path) {
     return mf::kErrShortRead;
   }
   std::snprintf(m_szFileName, sizeof(m_szFileName), "%s", path);
-  int rc = _LoadBuffer();
+  int rc = _LoadBuffer(m_rawBuffer.data(), m_rawBuffer.size());
   if (rc == mf::kOk) m_bFromFile = 1;
   return rc;
 }
@@ -202,21 +202,15 @@ int CMidFileElement::LoadFromMemory(const unsigned char* data, unsigned long len
   if (m_bLoaded || m_pTrackHead) ReleaseMidFile();
   if (!data || length == 0) return mf::kErrNoData;
   if (length < kMinFileSize) return mf::kErrTooShort;
+  // Parsed in place; the bytes are copied only once the load succeeded.
   m_bLoading = 1;
-  try {
-    m_rawBuffer.assign(data, data + length);
-  } catch (...) {
-    m_bLoading = 0;
-    return mf::kErrNoMemory;
-  }
   std::snprintf(m_szFileName, sizeof(m_szFileName), "%s", "Melody");
-  return _LoadBuffer();
+  return _LoadBuffer(data, length);
 }
 
-// Header, track chunks and the after-load fixes over m_rawBuffer. Any failure leaves the object
-// empty.
-int CMidFileElement::_LoadBuffer() {
-  hs::ByteReader r(m_rawBuffer.data(), m_rawBuffer.size());
+// Header, track chunks and the after-load fixes. Any failure leaves the object empty.
+int CMidFileElement::_LoadBuffer(const uint8_t* data, size_t size) {
+  hs::ByteReader r(data, size);
   int rc = mf::kOk;
   if (!r.expect("MThd\0\0\0\x06", 8)) {
     rc = mf::kErrNotMThd;
@@ -253,7 +247,10 @@ int CMidFileElement::_LoadBuffer() {
   _ReduceTempo();
   for (CMidTrackElement* t = m_pTrackHead; t; t = t->GetNextElement()) t->FixNonStopNote();
   if (m_nTrackNum > 1 && m_bMIPExist) _ApplyMIP2TrackOrder();
-  m_loadedData.swap(m_rawBuffer);
+  if (data == m_rawBuffer.data())
+    m_loadedData.swap(m_rawBuffer);
+  else
+    m_loadedData.assign(data, data + size);
   m_rawBuffer.clear();
   m_rawBuffer.shrink_to_fit();
   m_tempoList.clear();

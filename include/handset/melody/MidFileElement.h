@@ -63,6 +63,8 @@ class HANDSET_API CMidFileElement {
   void ReleaseMidiFileBuf();
   /// The result of the last `GetMidiFileBuf`.
   int GetLastResult() const { return m_nLastResult; }
+  /// The bytes of the last successful load.
+  const std::vector<uint8_t>& GetLoadedData() const { return m_loadedData; }
 
   int GetMidiFormat() const { return m_nMidiFormat; }
   /// 0 or 1, else kErrFormat.
@@ -175,7 +177,7 @@ class HANDSET_API CMidFileElement {
   const CMMFInfo& GetMMFInfo() const { return m_MMFInfo; }
 
  protected:
-  int _LoadBuffer();
+  int _LoadBuffer(const uint8_t* data, size_t size);
   int _ParseMidiTrack(const uint8_t* data, size_t size, int chunkIndex);
   void _ReadMetaEvent(hs::ByteReader& r, int chunkIndex);
   void _ReadSysEx(const uint8_t* data, size_t length);
