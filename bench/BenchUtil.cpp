@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "platform/Os.h"
+
 namespace fs = std::filesystem;
 
 namespace hs {
@@ -23,12 +25,7 @@ std::vector<std::string> CorpusFiles(const std::string& sub) {
 
 std::vector<uint8_t> ReadBytes(const std::string& path) {
   std::vector<uint8_t> out;
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) return out;
-  uint8_t buf[65536];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof(buf), f)) > 0) out.insert(out.end(), buf, buf + n);
-  std::fclose(f);
+  if (!hs::os::ReadFile(path, &out)) out.clear();
   return out;
 }
 
