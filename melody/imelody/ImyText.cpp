@@ -5,7 +5,8 @@ namespace imy {
 
 namespace {
 
-const char kFooter[] = "END:IMELODY\r\n";
+// Length of the closing "END:IMELODY\r\n" line.
+constexpr size_t kFooterLen = 13;
 
 // Natural letter and sharp flag per pitch class; black keys are the sharp of the natural below.
 const char kLetter[12] = {'c', 'c', 'd', 'd', 'e', 'f', 'f', 'g', 'g', 'a', 'a', 'b'};
@@ -70,8 +71,8 @@ bool MelodyLines::Add(bool isRest, int key, int code) {
   ++m_nTokens;
   if (m_nNoteLimit >= 0 && m_nTokens > m_nNoteLimit) return false;
   if (m_nSizeLimit >= 0) {
-    size_t total = m_nBefore + m_strDone.size() + m_strLine.size() + m_strToken.size() +
-                   (sizeof(kFooter) - 1) + 2;
+    size_t total =
+        m_nBefore + m_strDone.size() + m_strLine.size() + m_strToken.size() + kFooterLen + 2;
     if (total > static_cast<size_t>(m_nSizeLimit)) return false;
   }
   m_strLine += m_strToken;
