@@ -406,20 +406,25 @@ TEST(MidFileWrite, ElementOrderOfBothFormats) {
 TEST(MidFileWrite, OutputCapacityIsNeverPassed) {
   CMidFileElement f;
   CMidTrackElement* t = f.AddTrack();
-  // 9 bytes per note (two-byte deltas): over 5 MiB in all.
-  for (uint32_t i = 0; i < 600000; ++i) t->AppendNoteEvent(1, 60, 90, 0x1000);
-  t->AppendNoteEvent(0, 60, 90, 0x1000);
-  t->FixNonStopNote();
+  t->InsertNoteTicks(0, 10, 60, 90);
+  t->SetMMFWaveTrack(1);
+  // A wave list of 5 MiB cannot fit beside the headers.
+  std::string list(CMidFileElement::kOutputCapacity, 'w');
+  t->SetMMFWavFileLst(list.c_str());
   std::string dir = hs::test::MakeTempDir("midcap");
   std::string path = dir + "/big.mid";
   std::ofstream(path) << "keep";
   EXPECT_EQ(f.SaveAsMidiFile(path.c_str(), 0), mf::kErrNothingProduced);
   EXPECT_EQ(hs::test::ReadBytes(path).size(), 4u);  // untouched
-  EXPECT_EQ(Produce(f, 0), Bytes());
+  EXPECT_EQ(Produce(f, 1), Bytes());
   EXPECT_EQ(f.GetLastResult(), mf::kErrNothingProduced);
-  // Half the notes fit.
-  f.GetTrackByIndex(0)->DelPeriod(0x1000u * 300000, 0xFFFFFFF0u);
-  EXPECT_GT(Produce(f, 0).size(), 2000000u);
+  // Exactly at the capacity it fits: header 14, chunk 8, tempo 7, time signature 8, the tag's
+  // event header 3 + 4-byte length, tag 17 + 4, notes 8, end 4.
+  size_t room = CMidFileElement::kOutputCapacity - (14 + 8 + 7 + 8 + 3 + 4 + 21 + 8 + 4);
+  t->SetMMFWavFileLst(list.c_str(), static_cast<int>(room));
+  EXPECT_EQ(Produce(f, 0).size(), size_t(CMidFileElement::kOutputCapacity));
+  t->SetMMFWavFileLst(list.c_str(), static_cast<int>(room + 1));
+  EXPECT_EQ(Produce(f, 0), Bytes());
 }
 
 TEST(MidFileTracks, ManagementAndForwarding) {
