@@ -1067,8 +1067,9 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       if (!enabledOnly || t->IsEnabled()) collect(t, &events);
     std::stable_sort(events.begin(), events.end(),
                      [](const ChannelEvent& a, const ChannelEvent& b) {
-                       if (a.e.nTime != b.e.nTime) return a.e.nTime < b.e.nTime;
-                       return a.e.nEventType < b.e.nEventType;
+                       // Each track's events are already in writing order; channels do not
+                       // interact, so a merge by time keeps each track's order.
+                       return a.e.nTime < b.e.nTime;
                      });
     writeNotes(events);
     out.EndOfTrack(at);

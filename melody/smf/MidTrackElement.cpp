@@ -30,22 +30,31 @@ bool InRange(uint32_t t, uint32_t from, uint32_t to) {
   return from >= to || (t >= from && t < to);
 }
 
-// Note-on and note-off events of a chain in writing order: by time, note-offs first on a tick, and
-// otherwise in chain order.
+// Note-on and note-off events of a chain in writing order: by time; on one tick the note-offs of
+// sounding notes come first (a repeated key is ended before it starts again), then note-ons, then
+// the note-offs of zero-length notes (which must follow their own note-on); otherwise chain order.
 void CollectEvents(const CMidNoteElement* first, uint32_t from, uint32_t to,
                    std::vector<NoteEventInfo>* out) {
-  out->clear();
+  struct Ranked {
+    NoteEventInfo e;
+    int rank;
+  };
+  std::vector<Ranked> events;
   for (const CMidNoteElement* n = first; n; n = n->GetNextElement()) {
     if (!InRange(n->GetStartTime(), from, to)) continue;
     uint32_t off = OffTime(n);
     if (from < to && off > to) off = to;
-    out->push_back({NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()});
-    out->push_back({NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()});
+    events.push_back({{NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()}, 1});
+    events.push_back({{NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()},
+                      off == n->GetStartTime() ? 2 : 0});
   }
-  std::stable_sort(out->begin(), out->end(), [](const NoteEventInfo& a, const NoteEventInfo& b) {
-    if (a.nTime != b.nTime) return a.nTime < b.nTime;
-    return a.nEventType < b.nEventType;
+  std::stable_sort(events.begin(), events.end(), [](const Ranked& a, const Ranked& b) {
+    if (a.e.nTime != b.e.nTime) return a.e.nTime < b.e.nTime;
+    return a.rank < b.rank;
   });
+  out->clear();
+  out->reserve(events.size());
+  for (const Ranked& r : events) out->push_back(r.e);
 }
 
 int CopyName(char* field, const char* text, int length) {

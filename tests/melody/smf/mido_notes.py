@@ -1,6 +1,7 @@
 """Independent reading of a standard MIDI file with mido, reduced by the model's rules.
 
-Prints one line per kept item so the C++ test can compare:
+For each path given, prints "file PATH", then "error MESSAGE" when mido cannot read it, or one
+line per kept item so the C++ test can compare:
   tempo BPM
   program CH PROGRAM
   bank CH MSB LSB          (-1 when absent)
@@ -96,4 +97,9 @@ def main(path):
 
 
 if __name__ == '__main__':
-    main(sys.argv[1])
+    for arg in sys.argv[1:]:
+        print('file', arg)
+        try:
+            main(arg)
+        except Exception as exc:  # mido refuses some damaged files; the test skips those
+            print('error', type(exc).__name__)
