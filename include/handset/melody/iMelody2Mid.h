@@ -14,7 +14,9 @@ class CMidFileElement;
 ///
 /// Repeat blocks are expanded, so a short text can ask for a huge melody. A conversion stops with
 /// hs::imy2mid::kErrTooLong once it would add more than kMaxNotes notes or walk more than
-/// kMaxWork characters (repetitions included). A "@" outside a block repeats nothing.
+/// kMaxWork characters (repetitions included). A "@" outside a block repeats nothing. The last
+/// character of the melody never starts a token, but a ".", ":" or ";" there still modifies the
+/// note before it, so a melody written from MIDI that ends in a dotted note reads back unchanged.
 class HANDSET_API CiMelody2Mid {
  public:
   /// Most notes and rests one conversion may produce.
