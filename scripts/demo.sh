@@ -8,3 +8,9 @@ cmake --build --preset default --target handset_cli >/dev/null
 bin=build/default/handset
 set -x
 "$bin" identify examples/*
+out=$(mktemp -d)
+"$bin" convert examples/ringtone.mid "$out/ringtone.imy"
+cat "$out/ringtone.imy"
+"$bin" convert "$out/ringtone.imy" "$out/back.mid"
+"$bin" midi info "$out/back.mid"
+"$bin" convert "$out/back.mid" -
