@@ -179,8 +179,8 @@ int CiMelody2Mid::_WalkMelody(const CString& s, int depth) {
   const int len = s.GetLength();
   m_nWork += static_cast<uint32_t>(len) + kPassCost;
   if (m_nWork > kMaxWork) return hs::imy2mid::kErrTooLong;
-  // The last character never starts a token, but a modifier there is read: melodies written
-  // from MIDI end in a dotted note often enough that dropping the dot would change the tune.
+  // The last character never starts a token, and a modifier is read only before it: a melody
+  // that ends in a dotted note loses that last dot, as phones reading this format do.
   const int last = len - 1;
   int rc = 0;
   for (int i = 0; i < last; ++i) {
@@ -218,7 +218,7 @@ int CiMelody2Mid::_WalkMelody(const CString& s, int depth) {
       }
       return hs::imy2mid::kOk;
     } else if (c == 'r' && IsDigit(next)) {
-      char mod = IsModifier(At(s, i + 2)) ? At(s, i + 2) : '\0';
+      char mod = (i + 2 < last && IsModifier(At(s, i + 2))) ? At(s, i + 2) : '\0';
       rc = _AddNote2Mid(true, 4, 'r', '\0', next, mod);
       i += mod ? 2 : 1;
     } else if (IsLetter(c) || c == '*' || c == '#' || c == '&') {
@@ -236,7 +236,7 @@ int CiMelody2Mid::_WalkMelody(const CString& s, int depth) {
       const char digit = At(s, j + 1);
       if (!IsLetter(letter) || !IsDigit(digit)) continue;
       j += 2;
-      char mod = IsModifier(At(s, j)) ? At(s, j) : '\0';
+      char mod = (j < last && IsModifier(At(s, j))) ? At(s, j) : '\0';
       rc = _AddNote2Mid(false, octave, letter, accidental, digit, mod);
       i = mod ? j : j - 1;
     }

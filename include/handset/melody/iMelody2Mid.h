@@ -15,8 +15,8 @@ class CMidFileElement;
 /// Repeat blocks are expanded, so a short text can ask for a huge melody. A conversion stops with
 /// hs::imy2mid::kErrTooLong once it would add more than kMaxNotes notes or walk more than
 /// kMaxWork characters (repetitions included). A "@" outside a block repeats nothing. The last
-/// character of the melody never starts a token, but a ".", ":" or ";" there still modifies the
-/// note before it, so a melody written from MIDI that ends in a dotted note reads back unchanged.
+/// character of the melody never starts a token and a ".", ":" or ";" there is not read, so a
+/// melody ending in a dotted note reads back with that last note undotted.
 class HANDSET_API CiMelody2Mid {
  public:
   /// Most notes and rests one conversion may produce.

@@ -55,7 +55,8 @@ TEST(iMelody2Mid, TempoTenfoldSpacingPitchesAndLengths) {
   // Octave prefixes, accidentals, modifiers, rests (silent key 0) and letters outside c-b (as c).
   auto n = Notes(Imy("*5#f3.*3&c2*9e1b0;c5;d4:D2r2x0*7#b2c2."));
   EXPECT_EQ(Column(n, 2), (std::vector<int>{66, 35, 52, 59, 48, 50, 48, 0, 48, 96, 48}));
-  EXPECT_EQ(Column(n, 1), (std::vector<int>{90, 120, 240, 360, 15, 45, 120, 120, 480, 120, 180}));
+  // The final "." sits in the last position, where no modifier is read.
+  EXPECT_EQ(Column(n, 1), (std::vector<int>{90, 120, 240, 360, 15, 45, 120, 120, 480, 120, 120}));
   EXPECT_EQ(n[7][3], 0);
   EXPECT_EQ(n[10][0], (41 + 80 + 160 + 161 + 10 + 21 + 80 + 80 + 320 + 80) * 15);
   EXPECT_EQ(Keys(Imy("c2d")), (std::vector<int>{48}));  // the last character starts nothing
