@@ -1,5 +1,6 @@
 #include "handset/melody/MMFInfo.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -113,11 +114,10 @@ void CMMFInfo::_CreateCRCTable() {
 
 uint16_t CMMFInfo::_CaculateCRC(const unsigned char* data, unsigned long size) const {
   hs::ByteReader r(data, size);
+  const uint8_t* bytes = r.bytes(size);
   uint16_t crc = 0xFFFF;
-  while (!r.atEnd()) {
-    uint8_t b = r.u8();
-    crc = static_cast<uint16_t>(m_wCRCTable[((crc >> 8) ^ b) & 0xFF] ^ (crc << 8));
-  }
+  for (unsigned long i = 0; bytes && i < size; ++i)
+    crc = static_cast<uint16_t>(m_wCRCTable[((crc >> 8) ^ bytes[i]) & 0xFF] ^ (crc << 8));
   return static_cast<uint16_t>(~crc);
 }
 
@@ -126,12 +126,16 @@ int CMMFInfo::_SearchLabel(const char* label, int start) const {
     return -1;
   const long long length = static_cast<long long>(std::strlen(label));
   const long long end = static_cast<long long>(m_dwMMFSize) - length - 1;
+  if (length == 0 || start >= end) return -1;
+  // Candidates are the positions below `end`; the bytes they compare stop at end - 1 + length.
   hs::ByteReader r(m_MMFImage.data(), m_MMFImage.size());
-  for (long long pos = start; pos < end; ++pos) {
-    r.seek(static_cast<size_t>(pos));
-    if (r.startsWith(label, static_cast<size_t>(length))) return static_cast<int>(pos + 1);
-  }
-  return -1;
+  r.seek(static_cast<size_t>(start));
+  const size_t span = static_cast<size_t>(end - 1 + length - start);
+  const uint8_t* first = r.bytes(span);
+  if (!first) return -1;
+  const uint8_t* hit = std::search(first, first + span, label, label + length);
+  if (hit == first + span) return -1;
+  return static_cast<int>(start + (hit - first) + 1);
 }
 
 int CMMFInfo::OpenMMF(const char* path) {
@@ -265,13 +269,12 @@ int CMMFInfo::_CheckMA2Led() {
 int CMMFInfo::_CheckMA2Vib() {
   const size_t size = m_MMFImage.size();
   hs::ByteReader r(m_MMFImage.data(), size);
+  const uint8_t* all = r.bytes(size);
   size_t i = 0;
-  while (i < size) {
-    r.seek(i);
-    if (!r.startsWith(kLabelScoreTrack, 3)) {
-      ++i;
-      continue;
-    }
+  while (all && i < size) {
+    const uint8_t* hit = std::search(all + i, all + size, kLabelScoreTrack, kLabelScoreTrack + 3);
+    if (hit == all + size) break;
+    i = static_cast<size_t>(hit - all);
     if (m_nChannelNum >= kTrackCount) return rc::kErrTooManyTracks;
     if (i + kMtrStatusHigh >= size || i + kMtrStatusLow >= size) return rc::kErrStatusPastEnd;
     r.seek(i + kMtrStatusHigh);

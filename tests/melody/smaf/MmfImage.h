@@ -7,14 +7,18 @@
 namespace hs {
 namespace test {
 
-/// CRC-16/GENIBUS computed bit by bit, independent of the library's table.
+/// One byte into a CRC-16/GENIBUS register, bit by bit (independent of the library's table).
+inline uint16_t GenibusStep(uint16_t crc, uint8_t byte) {
+  crc ^= static_cast<uint16_t>(byte << 8);
+  for (int b = 0; b < 8; ++b)
+    crc = static_cast<uint16_t>((crc & 0x8000) ? (crc << 1) ^ 0x1021 : crc << 1);
+  return crc;
+}
+
+/// CRC-16/GENIBUS: initial 0xFFFF, MSB first, complemented result.
 inline uint16_t Genibus(const uint8_t* data, size_t size) {
   uint16_t crc = 0xFFFF;
-  for (size_t i = 0; i < size; ++i) {
-    crc ^= static_cast<uint16_t>(data[i] << 8);
-    for (int b = 0; b < 8; ++b)
-      crc = static_cast<uint16_t>((crc & 0x8000) ? (crc << 1) ^ 0x1021 : crc << 1);
-  }
+  for (size_t i = 0; i < size; ++i) crc = GenibusStep(crc, data[i]);
   return static_cast<uint16_t>(crc ^ 0xFFFF);
 }
 
