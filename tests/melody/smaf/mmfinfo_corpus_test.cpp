@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <set>
@@ -105,16 +106,20 @@ TEST(MMFInfoCorpus, EachKindOfPatchLeavesAValidTrailerAndReopens) {
 }
 
 // Prefixes of every file, as is and re-sealed with a valid CRC so that parsing reaches the cut.
-// Every length is tried up to 2 KiB (the whole of the small ringtones), then the last 64 lengths,
+// Every length is tried up to 1 KiB (the whole of the smallest ringtones), then the last 16,
 // a coarse stride and every cut near a label the reader looks for; this keeps the quadratic cost
 // in seconds under the sanitizers. Cuts near a label (the value true) also get every patch, since
-// the patch offsets count from those labels.
+// the patch offsets count from those labels. HANDSET_SMAF_EVERY_PREFIX=1 tries every length (a
+// run of minutes).
 std::map<size_t, bool> CutLengths(const std::vector<uint8_t>& bytes) {
-  const size_t n = bytes.size(), kHead = 2048, kTail = 64, kNear = 16;
+  const size_t n = bytes.size(), kHead = 1024, kTail = 16, kNear = 16;
   std::map<size_t, bool> lengths;
+  const char* every = std::getenv("HANDSET_SMAF_EVERY_PREFIX");
+  if (every && every[0] == '1')
+    for (size_t len = 0; len <= n; ++len) lengths.emplace(len, false);
   for (size_t len = 0; len <= std::min(n, kHead); ++len) lengths.emplace(len, false);
   for (size_t len = n > kTail ? n - kTail : 0; len <= n; ++len) lengths.emplace(len, false);
-  for (size_t len = 0; len <= n; len += std::max<size_t>(n / 64, 1)) lengths.emplace(len, false);
+  for (size_t len = 0; len <= n; len += std::max<size_t>(n / 32, 1)) lengths.emplace(len, false);
   for (const char* label : {"CNTI", "CR:", "L2:", "MTR"}) {
     auto at = bytes.begin();
     while ((at = std::search(at, bytes.end(), label, label + std::strlen(label))) != bytes.end()) {
