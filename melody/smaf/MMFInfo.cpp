@@ -158,17 +158,19 @@ int CMMFInfo::OpenMMF(const char* path) {
 
 int CMMFInfo::OpenMMFBuf(const unsigned char* data, unsigned long size) {
   if (!data || size == 0) return rc::kErrNoData;
-  if (m_bOpened) CloseMMF(1);
-  if (size > 0xFFFFFFFFul) return rc::kErrNoMemory;
+  // Copied before closing, so that the caller may pass this object's own image.
+  std::vector<unsigned char> fresh;
+  bool copied = size <= 0xFFFFFFFFul;
   try {
     hs::ByteReader r(data, size);
     const uint8_t* bytes = r.bytes(size);
-    m_MMFImage.assign(bytes, bytes + size);
+    if (copied) fresh.assign(bytes, bytes + size);
   } catch (const std::bad_alloc&) {
-    std::vector<unsigned char>().swap(m_MMFImage);
-    m_dwMMFSize = 0;
-    return rc::kErrNoMemory;
+    copied = false;
   }
+  if (m_bOpened) CloseMMF(1);
+  if (!copied) return rc::kErrNoMemory;
+  m_MMFImage.swap(fresh);
   m_dwMMFSize = static_cast<uint32_t>(size);
   m_bOpened = 1;
   int result = _CheckMMFType();
