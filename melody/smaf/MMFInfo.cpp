@@ -217,7 +217,7 @@ int CMMFInfo::_CheckMMFType() {
     m_nMMFType = -1;
     return rc::kErrNotOpen;
   }
-  // Only the MA-2 layout is parsed; later generations keep the same labels where they matter.
+  // Only the MA-2 layout is parsed; every loaded image is treated as MA-2.
   m_nMMFType = 2;
   return rc::kOk;
 }
@@ -320,7 +320,8 @@ int CMMFInfo::_ApplyMA2LedChanged(int channel) {
   const uint8_t value = static_cast<uint8_t>(channel & 0xFF);
   int found = _SearchLabel(kLabelLed, 0);
   if (found >= 0) {
-    // Written one byte past where parsing reads the channel; files in the field depend on it.
+    // Written one byte past where parsing reads the channel. Kept on purpose: images already
+    // patched this way must keep reading back the same.
     const size_t p = static_cast<size_t>(found - 1);
     PokeByte(m_MMFImage, p + std::strlen(kLabelLed) + 1, value);
   } else {
@@ -345,9 +346,13 @@ int CMMFInfo::_ApplyMA2LedChanged(int channel) {
     } catch (const std::bad_alloc&) {
       return rc::kErrNoMemory;
     }
-    // Only the low byte of each size field moves, wrapping without carry, as phones expect.
-    grown[kFileSizeLowByte] = static_cast<uint8_t>(grown[kFileSizeLowByte] + 5);
-    grown[q + kCntiSizeLowByte] = static_cast<uint8_t>(grown[q + kCntiSizeLowByte] + 5);
+    // Only the low byte of each size field moves, wrapping without carry; kept on purpose so that
+    // patched images stay byte-identical to those written before.
+    for (size_t at : {kFileSizeLowByte, q + kCntiSizeLowByte}) {
+      bool ok = false;
+      const uint8_t low = PeekByte(grown, at, &ok);
+      if (ok) PokeByte(grown, at, static_cast<uint8_t>(low + 5));
+    }
     m_MMFImage.swap(grown);
     m_dwMMFSize += 5;
   }
