@@ -49,8 +49,9 @@ TEST(AmrNBCodecTest, EncodesAndDecodesFramesOf160Samples) {
   ASSERT_EQ(out.getPosition(), 50u * 320);
   double in2 = 0, out2 = 0;
   for (size_t i = 1600; i < 16000; i += 2) {
-    int16_t a = static_cast<int16_t>((pcm[i] & 0xFF) | (pcm[i + 1] << 8));
-    int16_t b = static_cast<int16_t>((out.getData()[i] & 0xFF) | (out.getData()[i + 1] << 8));
+    int16_t a = static_cast<int16_t>((pcm[i] & 0xFF) | ((pcm[i + 1] & 0xFF) << 8));
+    int16_t b =
+        static_cast<int16_t>((out.getData()[i] & 0xFF) | ((out.getData()[i + 1] & 0xFF) << 8));
     in2 += double(a) * a;
     out2 += double(b) * b;
   }
