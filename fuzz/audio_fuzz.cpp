@@ -1,6 +1,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,13 +14,20 @@
 
 namespace {
 
-// The file-based readers are driven through one scratch file per process.
+// The file-based readers are driven through one scratch file per process, in memory where the
+// system offers a folder for it (rewriting a disk file forces a write-back on every close).
 const std::string& ScratchPath() {
   static const std::string path = [] {
+    std::error_code ec;
+    std::string dir = std::filesystem::is_directory("/dev/shm", ec)
+                          ? "/dev/shm"
+                          : std::filesystem::temp_directory_path(ec).string();
     char name[64];
-    std::snprintf(name, sizeof name, "/tmp/handset-audio-fuzz-%p.bin", static_cast<void*>(name));
-    return std::string(name);
+    std::snprintf(name, sizeof name, "/handset-audio-fuzz-%p.bin", static_cast<void*>(name));
+    return dir + name;
   }();
+  static const bool cleanup = std::atexit([] { std::remove(ScratchPath().c_str()); }) == 0;
+  (void)cleanup;
   return path;
 }
 
@@ -66,7 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     try {
       CAmr fromFile;
       if (fromFile.Load(ScratchPath().c_str())) fromFile.GetNumSamples();
-      CAac aac;
+      // One object for the run: constructing it searches for the decoder module every time.
+      static CAac aac;
       if (aac.Load(ScratchPath().c_str())) {
         aac.GetNumSamples();
         aac.GetBitRate();

@@ -21,6 +21,11 @@ size_t CountAdtsFrames(const uint8_t* data, size_t size) {
   size_t u = 0;
   while (u < size) {
     r.seek(u);
+    // Junk between frames is passed over to the next 0xFF in one step.
+    const void* ff = std::memchr(r.cursor(), 0xFF, r.remaining());
+    if (!ff) break;
+    u += static_cast<size_t>(static_cast<const uint8_t*>(ff) - r.cursor());
+    r.seek(u);
     // Header bytes missing at the end of the data read as zero: no sync, or a length that ends
     // the scan.
     ByteReader h = r.sub(6);
