@@ -54,6 +54,12 @@ int Info(const std::string& path, bool json) {
   return 0;
 }
 
+// Decoding errors arrive as a message box; the command reports them as a warning on stderr.
+int RecordBox(const char* text, const char*, unsigned, void* user) {
+  *static_cast<std::string*>(user) = text ? text : "";
+  return 1;
+}
+
 int Decode(const std::string& in, const std::string& out) {
   CAac aac;
   if (!LoadAac(in, &aac)) return 1;
@@ -64,10 +70,16 @@ int Decode(const std::string& in, const std::string& out) {
   WAVEFORMATEX format{};
   unsigned char* pcm = nullptr;
   int length = 0;
-  if (!aac.Decode(&format, &pcm, &length)) {
+  std::string error;
+  HsSetMessageBoxHandler(RecordBox, &error);
+  bool decoded = aac.Decode(&format, &pcm, &length);
+  HsSetMessageBoxHandler(nullptr, nullptr);
+  if (!decoded) {
     hs::cli::Fail(in, "cannot be decoded");
     return 1;
   }
+  if (!error.empty())
+    hs::cli::Fail(in, "warning: " + error + " The audio before the error is kept.");
   std::unique_ptr<unsigned char[]> owned(pcm);
   std::vector<uint8_t> wav =
       hs::cli::BuildWav(format.nChannels, format.nSamplesPerSec, pcm, static_cast<size_t>(length));
