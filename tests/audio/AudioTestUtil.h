@@ -1,8 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -47,20 +47,14 @@ inline std::map<std::string, std::string> Probe(const std::string& path) {
   return m;
 }
 
-/// The samples and channel count of a 16-bit WAV file's "data" chunk.
+/// The samples and channel count of a canonical 16-bit WAV file (44-byte header, as both this
+/// CLI and FAAD2's tool write them); empty for any other layout.
 inline std::vector<int16_t> WavSamples(const std::vector<uint8_t>& wav, int* channels) {
-  std::vector<int16_t> s;
-  *channels = wav.size() >= 44 ? wav[22] | wav[23] << 8 : 0;
-  for (size_t pos = 12; pos + 8 <= wav.size();) {
-    size_t size =
-        wav[pos + 4] | wav[pos + 5] << 8 | wav[pos + 6] << 16 | size_t{wav[pos + 7]} << 24;
-    if (std::string(wav.begin() + pos, wav.begin() + pos + 4) == "data") {
-      for (size_t i = pos + 8; i + 1 < std::min(pos + 8 + size, wav.size()); i += 2)
-        s.push_back(static_cast<int16_t>(wav[i] | wav[i + 1] << 8));
-      break;
-    }
-    pos += 8 + size + (size & 1);
-  }
+  *channels = 0;
+  if (wav.size() < 44 || std::string(wav.begin() + 36, wav.begin() + 40) != "data") return {};
+  *channels = wav[22] | wav[23] << 8;
+  std::vector<int16_t> s((wav.size() - 44) / 2);
+  std::memcpy(s.data(), wav.data() + 44, s.size() * 2);
   return s;
 }
 

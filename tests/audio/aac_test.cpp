@@ -263,6 +263,9 @@ TEST(AacCorpus, DecodeMatchesFaad2AndFfmpeg) {
                   "'" + hs::test::CliPath() + "' aac decode '" + path + "' " + wav + " 2>&1", &err),
               0)
         << err;
+    std::string info;
+    hs::test::RunCommand("'" + hs::test::CliPath() + "' aac info --json '" + path + "'", &info);
+    EXPECT_NE(info.find("\"frames\":" + std::to_string(aac.GetNumSamples())), std::string::npos);
     auto header = hs::test::Probe(wav);
     EXPECT_EQ(header["codec_name"], "pcm_s16le") << path;
     EXPECT_EQ(header["channels"], std::to_string(aac.GetNumChannels())) << path;

@@ -131,18 +131,6 @@ TEST_F(AmrTest, SingleChannelExtraction) {
   EXPECT_EQ(noChannels.GetNumSamples(), 0u);
 }
 
-TEST_F(AmrTest, ConstructTakesOverOrCopies) {
-  unsigned char* owned = new unsigned char[32]{kFt7};
-  CAmr taken, copied;
-  ASSERT_TRUE(CAmr::ConstructAmrObject(1, 1, owned, 32, taken, false));
-  EXPECT_EQ(taken.GetBuffer(), owned);
-  ASSERT_TRUE(CAmr::ConstructAmrObject(1, 1, owned, 32, copied, true));
-  EXPECT_NE(copied.GetBuffer(), owned);
-  EXPECT_EQ(copied.GetNumSamples(), 1u);
-  copied.Release();
-  EXPECT_EQ(copied.GetBuffer(), nullptr);
-}
-
 TEST(AmrCorpus, TypeChannelsAndFramesMatchFfprobe) {
   HS_SKIP_WITHOUT_CORPUS();
   if (!hs::test::HaveTool("ffprobe")) GTEST_SKIP() << "ffprobe not installed";

@@ -106,30 +106,18 @@ TEST(AmrCli, ChannelExtractionWritesASingleChannelFile) {
   std::string out = Cli("amr channel " + dir + "/mc.amr 1 " + dir + "/one.amr", &status);
   ASSERT_EQ(status, 0) << out;
   std::vector<uint8_t> one = hs::test::ReadBytes(dir + "/one.amr");
-  ASSERT_EQ(one.size(), 6u + 32 + 32 + 1);
-  EXPECT_EQ(std::string(one.begin(), one.begin() + 6), "#!AMR\n");
-  EXPECT_EQ(one[7] + one[6 + 32 + 1], 1 + 3);
-  EXPECT_EQ(one.back(), 0x7C);
+  std::vector<uint8_t> expect = {'#', '!', 'A', 'M', 'R', '\n'};
+  for (uint8_t frame : {1, 3}) {
+    expect.push_back(0x3C);
+    expect.insert(expect.end(), 31, frame);
+  }
+  expect.push_back(0x7C);
+  EXPECT_EQ(one, expect);
   out = Cli("amr channel " + dir + "/mc.amr 2 " + dir + "/two.amr", &status);
   EXPECT_EQ(status, 1);
   EXPECT_NE(out.find("mc.amr: has 2 channel(s)"), std::string::npos) << out;
   Cli("amr frobnicate x", &status);
   EXPECT_EQ(status, 2);
-}
-
-TEST(AacCli, InfoReportsTheStreamParameters) {
-  HS_SKIP_WITHOUT_CORPUS();
-  int status = 0;
-  std::string out =
-      Cli("aac info --json " + hs::test::CorpusDir() + "/aac/filetype-adts-mpeg2.aac", &status);
-  ASSERT_EQ(status, 0) << out;
-  EXPECT_NE(out.find("\"type\":2,\"type_name\":\"ADTS\",\"channels\":2,\"sample_rate\":44100,"
-                     "\"frames\":51"),
-            std::string::npos)
-      << out;
-  out = Cli("aac info " + hs::test::CorpusDir() + "/aac/opencore-test_raw-noheader.aac", &status);
-  EXPECT_EQ(status, 1);
-  EXPECT_NE(out.find("not an AAC file"), std::string::npos) << out;
 }
 
 }  // namespace
