@@ -47,7 +47,8 @@ int Info(const std::string& path, bool json) {
   CAmr amr;
   if (!LoadAmr(path, &amr)) return 1;
   unsigned long frames = amr.GetNumSamples();
-  double seconds = amr.GetAmrLength();
+  // GetAmrLength() in seconds, without counting the frames a second time.
+  double seconds = frames * 0.02;
   if (json) {
     hs::cli::Json j;
     j.BeginObject().Key("file").String(path).Key("type").Int(amr.GetAmrType());

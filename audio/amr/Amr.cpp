@@ -1,5 +1,6 @@
 #include "handset/audio/Amr.h"
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -40,10 +41,13 @@ namespace amr {
 
 size_t CountFrames(const uint8_t* data, size_t size, uint32_t channels) {
   if (!data || !size || !channels) return 0;
+  // Step sizes by whole header byte: one table load per step keeps long files fast to count.
+  std::array<size_t, 256> steps;
+  for (int b = 0; b < 256; ++b) steps[b] = size_t{channels} * FrameSize(static_cast<uint8_t>(b));
   ByteReader r(data, size);
   size_t frames = 0;
   while (!r.atEnd()) {
-    r.skip(static_cast<size_t>(channels) * FrameSize(r.peek8()));
+    r.skip(steps[r.peek8()]);
     ++frames;
   }
   return frames;
