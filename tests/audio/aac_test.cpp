@@ -76,15 +76,17 @@ class AacTest : public ::testing::Test {
   void SetUp() override {
     hs::test::UseBuiltModules();
     HsSetMessageBoxHandler(CountBox, &boxes_);
+    language_ = g_strRCLanguageID;
   }
   void TearDown() override {
     HsSetMessageBoxHandler(nullptr, nullptr);
     hs::codec::SetAacModuleName(nullptr);
-    g_strRCLanguageID = "";
+    g_strRCLanguageID = language_;
   }
   std::string Path(const std::string& name) { return dir_ + "/" + name; }
   std::string dir_ = hs::test::MakeTempDir("aac");
   Boxes boxes_;
+  CString language_;
 };
 
 TEST_F(AacTest, AdtsRecognitionAcceptsOnlyF9AndF8) {
