@@ -1,7 +1,9 @@
 #pragma once
 
 // Platform family: owned strings and lists, archives, package blocks, the profile store,
-// configuration globals, string resources, message boxes and result texts.
+// configuration globals, string resources, message boxes, result texts, byte streams and the
+// AMR codec.
+#include "handset/platform/AmrNBCodec.h"
 #include "handset/platform/Archive.h"
 #include "handset/platform/Config.h"
 #include "handset/platform/Console.h"
@@ -10,4 +12,6 @@
 #include "handset/platform/RegSDK.h"
 #include "handset/platform/Resources.h"
 #include "handset/platform/Results.h"
+#include "handset/platform/Streams.h"
 #include "handset/platform/Strings.h"
+#include "handset/platform/WaveFormat.h"
