@@ -223,8 +223,10 @@ int CMidFileElement::_LoadBuffer(const uint8_t* data, size_t size) {
     else if (m_nMidiFormat > 1)
       rc = mf::kErrFormat;
   }
-  int chunks = 0;
-  while (rc == mf::kOk && !r.atEnd() && chunks < m_nDeclaredTrackNum) {
+  // The chunk frames are checked before any events are parsed: a damaged file fails with the
+  // same code, without building tracks that would be thrown away.
+  std::vector<std::pair<const uint8_t*, uint32_t>> bodies;
+  while (rc == mf::kOk && !r.atEnd() && bodies.size() < m_nDeclaredTrackNum) {
     if (!r.expect("MTrk", 4)) {
       rc = mf::kErrNotMTrk;
       break;
@@ -234,10 +236,11 @@ int CMidFileElement::_LoadBuffer(const uint8_t* data, size_t size) {
       rc = mf::kErrTrackOverrun;
       break;
     }
-    const uint8_t* body = r.bytes(length);
-    rc = _ParseMidiTrack(body, length, chunks);
-    ++chunks;
+    bodies.emplace_back(r.bytes(length), length);
   }
+  int chunks = 0;
+  for (; rc == mf::kOk && chunks < static_cast<int>(bodies.size()); ++chunks)
+    rc = _ParseMidiTrack(bodies[chunks].first, bodies[chunks].second, chunks);
   if (rc != mf::kOk) {
     m_bLoading = 0;
     ReleaseMidFile();

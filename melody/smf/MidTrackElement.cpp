@@ -228,6 +228,7 @@ void CMidTrackElement::_LinkNoteAfter(CMidNoteElement* after, CMidNoteElement* n
 }
 
 void CMidTrackElement::_UnlinkNote(CMidNoteElement* note) {
+  if (note == m_pInsertHint) m_pInsertHint = nullptr;
   if (note == m_pFirstNote) m_pFirstNote = note->GetNextElement();
   if (note == m_pLastNote) m_pLastNote = note->GetPrevElement();
   note->ModifyDataChainBeforeDel();
@@ -259,7 +260,13 @@ int CMidTrackElement::AppendNoteEvent(int isOn, uint8_t key, uint8_t velocity, u
 int CMidTrackElement::AddNoteEventAt(int isOn, uint8_t key, uint8_t velocity, uint32_t time) {
   if (time >= m_nEventTime) return AppendNoteEvent(isOn, key, velocity, time - m_nEventTime);
   CMidNoteElement* after = m_pLastNote;
+  if (m_pInsertHint && m_pInsertHint->GetStartTime() <= time) {
+    after = m_pInsertHint;
+    while (after->GetNextElement() && after->GetNextElement()->GetStartTime() <= time)
+      after = after->GetNextElement();
+  }
   while (after && after->GetStartTime() > time) after = after->GetPrevElement();
+  m_pInsertHint = after;
   if (!isOn && after) {
     CMidNoteElement* match = after->RewindSearchNoteByNoteValue(key);
     if (match && match->GetStopTime() == 0) {
@@ -647,7 +654,7 @@ void CMidTrackElement::ResetContent() {
     delete n;
     n = next;
   }
-  m_pFirstNote = m_pLastNote = nullptr;
+  m_pFirstNote = m_pLastNote = m_pInsertHint = nullptr;
   m_nNoteCount = 0;
   delete[] m_pWavFileLst;
   m_pWavFileLst = nullptr;

@@ -228,6 +228,10 @@ class HANDSET_API CMidTrackElement {
   int m_bModified = 0;
   int m_nEventMode = MIDEVENT_MODE_ALL;
 
+  // Where the last event earlier than the running time was placed; a chunk continuing a channel
+  // inserts in rising order, so the next search starts here instead of at the end.
+  CMidNoteElement* m_pInsertHint = nullptr;
+
   // Iteration state of GetFirstNoteBySequence/GetFirstIDs.
   std::vector<NoteEventInfo> m_events;
   size_t m_nEventPos = 0;
