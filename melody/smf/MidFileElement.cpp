@@ -86,10 +86,17 @@ class MidiOut {
     return w_.placeholder32();
   }
   void Note(uint32_t delta, const NoteEventInfo& e, uint8_t channel) {
-    w_.vlq(delta);
-    w_.u8(static_cast<uint8_t>((e.nEventType == NOTE_EVENT_ON ? 0x90 : 0x80) | (channel & 0x0F)));
-    w_.u8(e.byNoteValue & 0x7F);
-    w_.u8(std::min<uint8_t>(e.byVelocity, 127));
+    // One write per event: delta (at most 4 bytes), status, key, velocity.
+    uint8_t b[8];
+    int n = 0;
+    if (delta > 0x0FFFFFFFu) delta = 0x0FFFFFFFu;
+    for (int shift = 21; shift > 0; shift -= 7)
+      if (delta >> shift) b[n++] = static_cast<uint8_t>(((delta >> shift) & 0x7F) | 0x80);
+    b[n++] = static_cast<uint8_t>(delta & 0x7F);
+    b[n++] = static_cast<uint8_t>((e.nEventType == NOTE_EVENT_ON ? 0x90 : 0x80) | (channel & 0x0F));
+    b[n++] = e.byNoteValue & 0x7F;
+    b[n++] = std::min<uint8_t>(e.byVelocity, 127);
+    w_.bytes(b, static_cast<size_t>(n));
   }
 
  private:
@@ -103,7 +110,12 @@ CMidFileElement::CMidFileElement() {
 }
 
 CMidFileElement::~CMidFileElement() {
-  ReleaseMidFile();
+  CMidTrackElement* t = m_pTrackHead;
+  while (t) {
+    CMidTrackElement* next = t->GetNextElement();
+    delete t;
+    t = next;
+  }
 }
 
 void CMidFileElement::_ResetMembers() {
@@ -142,8 +154,10 @@ void CMidFileElement::_ResetMembers() {
   m_bTempoSeen = 0;
   m_nCurTempo = 0;
   m_nTicksSinceTempo = 0;
-  for (int i = 0; i < 16; ++i)
+  for (int i = 0; i < 16; ++i) {
     m_nChannelProgram[i] = m_nChannelBankMSB[i] = m_nChannelBankLSB[i] = -1;
+    m_pChannelTrack[i] = nullptr;
+  }
 }
 
 void CMidFileElement::ReleaseMidFile() {
@@ -514,9 +528,11 @@ CMidTrackElement* CMidFileElement::_CreateTrack(uint8_t channel, int index) {
 // The track of `channel`: the current one, else one found in the chain, else a new one.
 CMidTrackElement* CMidFileElement::_GetChannelTrack(uint8_t channel) {
   if (m_pCurTrack && m_pCurTrack->GetChannelNum() == channel) return m_pCurTrack;
-  CMidTrackElement* t = m_pTrackHead ? m_pTrackHead->SearchTrackByChannelNum(channel) : nullptr;
+  // Tracks are neither deleted nor re-channelled while loading, so the lookup can be kept.
+  CMidTrackElement* t = m_pChannelTrack[channel & 0x0F];
+  if (!t && m_pTrackHead) t = m_pTrackHead->SearchTrackByChannelNum(channel);
   if (!t) t = _CreateTrack(channel, -1);
-  if (t) m_pCurTrack = t;
+  if (t) m_pCurTrack = m_pChannelTrack[channel & 0x0F] = t;
   return t;
 }
 
@@ -952,6 +968,9 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
   if (format == 0 && tracks.empty()) return mf::kErrNoTrackToWrite;
 
   hs::ByteWriter w(kOutputCapacity);
+  size_t estimate = 256;
+  for (CMidTrackElement* t : tracks) estimate += 64 + size_t{t->GetNoteCount()} * 10;
+  w.reserve(estimate);
   MidiOut out(w);
   w.fourcc("MThd");
   w.u32be(6);
@@ -1035,6 +1054,17 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
          rc = t->GetNextNoteBySequence(&e))
       events->push_back({e, t->GetChannelNum()});
   };
+  auto writeTrackNotes = [&](CMidTrackElement* t) {
+    NoteEventInfo e;
+    uint32_t last = base;
+    const uint8_t channel = t->GetChannelNum();
+    for (int rc = t->GetFirstNoteBySequence(&e, startTime, ranged ? stopTime : 0); rc == 0;
+         rc = t->GetNextNoteBySequence(&e)) {
+      uint32_t time = e.nTime < base ? base : e.nTime;
+      out.Note(time - last, e, channel);
+      last = time;
+    }
+  };
   const size_t copyrightLength = std::strlen(m_szCopyright);
 
   if (format == 1) {
@@ -1045,14 +1075,11 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
     if (copyrightLength)
       out.Meta(0x02, m_szCopyright, std::min<size_t>(copyrightLength, 255), false);
     out.EndOfTrack(at);
-    std::vector<ChannelEvent> events;
     for (CMidTrackElement* t : tracks) {
       size_t trackAt = out.BeginTrack();
       writeTrackInfo(t);
       writeSmafTags(t);
-      events.clear();
-      collect(t, &events);
-      writeNotes(events);
+      writeTrackNotes(t);
       out.EndOfTrack(trackAt);
       if (!w.ok()) break;
     }
@@ -1065,6 +1092,13 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       out.Meta(0x02, m_szCopyright, std::min<size_t>(copyrightLength, 255), false);
     writeTrackInfo(tracks[0]);
     writeSmafTags(tracks[0]);
+    if (tracks.size() == 1) {
+      writeTrackNotes(tracks[0]);
+      out.EndOfTrack(at);
+      if (!w.ok() || w.size() == 0) return mf::kErrNothingProduced;
+      m_outBuffer = w.take();
+      return mf::kOk;
+    }
     std::vector<ChannelEvent> events;
     for (CMidTrackElement* t : tracks)
       if (!enabledOnly || t->IsEnabled()) collect(t, &events);

@@ -35,26 +35,45 @@ bool InRange(uint32_t t, uint32_t from, uint32_t to) {
 // the note-offs of zero-length notes (which must follow their own note-on); otherwise chain order.
 void CollectEvents(const CMidNoteElement* first, uint32_t from, uint32_t to,
                    std::vector<NoteEventInfo>* out) {
-  struct Ranked {
-    NoteEventInfo e;
-    int rank;
-  };
-  std::vector<Ranked> events;
+  // Note-ons come sorted with the chain; only the note-offs need sorting, and they are merged in.
+  // Each note-off is sorted by one key: time, then rank (0 ends a sounding note, 2 ends a
+  // zero-length note and must follow its own note-on), then chain order.
+  thread_local std::vector<uint64_t> keys;
+  thread_local std::vector<NoteEventInfo> offs;
+  keys.clear();
+  offs.clear();
   for (const CMidNoteElement* n = first; n; n = n->GetNextElement()) {
     if (!InRange(n->GetStartTime(), from, to)) continue;
     uint32_t off = OffTime(n);
     if (from < to && off > to) off = to;
-    events.push_back({{NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()}, 1});
-    events.push_back({{NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()},
-                      off == n->GetStartTime() ? 2 : 0});
+    uint64_t rank = off == n->GetStartTime() ? 2 : 0;
+    keys.push_back((uint64_t{off} << 32) | (rank << 30) | offs.size());
+    offs.push_back({NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()});
   }
-  std::stable_sort(events.begin(), events.end(), [](const Ranked& a, const Ranked& b) {
-    if (a.e.nTime != b.e.nTime) return a.e.nTime < b.e.nTime;
-    return a.rank < b.rank;
-  });
+  if (!std::is_sorted(keys.begin(), keys.end())) std::sort(keys.begin(), keys.end());
   out->clear();
-  out->reserve(events.size());
-  for (const Ranked& r : events) out->push_back(r.e);
+  out->reserve(offs.size() * 2);
+  const CMidNoteElement* n = first;
+  auto nextOn = [&]() {
+    while (n && !InRange(n->GetStartTime(), from, to)) n = n->GetNextElement();
+  };
+  nextOn();
+  size_t j = 0;
+  while (n || j < keys.size()) {
+    bool takeOff = false;
+    if (j < keys.size()) {
+      uint32_t offTime = static_cast<uint32_t>(keys[j] >> 32);
+      takeOff = !n || offTime < n->GetStartTime() ||
+                (offTime == n->GetStartTime() && ((keys[j] >> 30) & 3) == 0);
+    }
+    if (takeOff) {
+      out->push_back(offs[keys[j++] & 0x3FFFFFFFu]);
+    } else {
+      out->push_back({NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()});
+      n = n->GetNextElement();
+      nextOn();
+    }
+  }
 }
 
 int CopyName(char* field, const char* text, int length) {
