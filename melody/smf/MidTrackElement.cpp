@@ -39,8 +39,10 @@ void CollectEvents(const CMidNoteElement* first, uint32_t from, uint32_t to,
   // Each note-off is sorted by one key: time, then rank (0 ends a sounding note, 2 ends a
   // zero-length note and must follow its own note-on), then chain order.
   thread_local std::vector<uint64_t> keys;
+  thread_local std::vector<NoteEventInfo> ons;
   thread_local std::vector<NoteEventInfo> offs;
   keys.clear();
+  ons.clear();
   offs.clear();
   for (const CMidNoteElement* n = first; n; n = n->GetNextElement()) {
     if (!InRange(n->GetStartTime(), from, to)) continue;
@@ -48,31 +50,20 @@ void CollectEvents(const CMidNoteElement* first, uint32_t from, uint32_t to,
     if (from < to && off > to) off = to;
     uint64_t rank = off == n->GetStartTime() ? 2 : 0;
     keys.push_back((uint64_t{off} << 32) | (rank << 30) | offs.size());
+    ons.push_back({NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()});
     offs.push_back({NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()});
   }
   if (!std::is_sorted(keys.begin(), keys.end())) std::sort(keys.begin(), keys.end());
-  out->clear();
-  out->reserve(offs.size() * 2);
-  const CMidNoteElement* n = first;
-  auto nextOn = [&]() {
-    while (n && !InRange(n->GetStartTime(), from, to)) n = n->GetNextElement();
-  };
-  nextOn();
-  size_t j = 0;
-  while (n || j < keys.size()) {
+  out->resize(ons.size() * 2);
+  size_t i = 0, j = 0, k = 0;
+  while (i < ons.size() || j < keys.size()) {
     bool takeOff = false;
     if (j < keys.size()) {
       uint32_t offTime = static_cast<uint32_t>(keys[j] >> 32);
-      takeOff = !n || offTime < n->GetStartTime() ||
-                (offTime == n->GetStartTime() && ((keys[j] >> 30) & 3) == 0);
+      takeOff = i == ons.size() || offTime < ons[i].nTime ||
+                (offTime == ons[i].nTime && ((keys[j] >> 30) & 3) == 0);
     }
-    if (takeOff) {
-      out->push_back(offs[keys[j++] & 0x3FFFFFFFu]);
-    } else {
-      out->push_back({NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()});
-      n = n->GetNextElement();
-      nextOn();
-    }
+    (*out)[k++] = takeOff ? offs[keys[j++] & 0x3FFFFFFFu] : ons[i++];
   }
 }
 
