@@ -16,54 +16,55 @@
 namespace {
 
 // Freed notes of this thread, linked through their first bytes. Kept out of sanitizer builds so
-// that a note used after deletion is still reported.
+// that a note used after deletion is still reported. The list itself is trivially destructible
+// (no per-access guard); a separate per-thread cleaner, armed on first use, frees it at exit.
+struct NodeLink {
+  NodeLink* next;
+};
 struct NotePool {
-  struct Node {
-    Node* next;
-  };
-  Node* head = nullptr;
-  size_t count = 0;
-  static constexpr size_t kMaxKept = 1 << 16;
-  ~NotePool() {
-    while (head) {
-      Node* n = head;
-      head = n->next;
+  NodeLink* head;
+  size_t count;
+  bool armed;
+};
+thread_local NotePool t_pool = {nullptr, 0, false};
+constexpr size_t kMaxKeptNotes = 1 << 16;
+
+struct NotePoolCleaner {
+  ~NotePoolCleaner() {
+    while (t_pool.head) {
+      NodeLink* n = t_pool.head;
+      t_pool.head = n->next;
       ::operator delete(n);
     }
+    t_pool.count = 0;
   }
 };
-
-NotePool& Pool() {
-  thread_local NotePool pool;
-  return pool;
-}
 
 }  // namespace
 
 void* CMidNoteElement::operator new(size_t size) {
-  if (HS_NOTE_POOL && size == sizeof(CMidNoteElement)) {
-    NotePool& pool = Pool();
-    if (pool.head) {
-      NotePool::Node* n = pool.head;
-      pool.head = n->next;
-      --pool.count;
-      return n;
-    }
+  if (HS_NOTE_POOL && size == sizeof(CMidNoteElement) && t_pool.head) {
+    NodeLink* n = t_pool.head;
+    t_pool.head = n->next;
+    --t_pool.count;
+    return n;
   }
   return ::operator new(size);
 }
 
 void CMidNoteElement::operator delete(void* p, size_t size) {
   if (!p) return;
-  if (HS_NOTE_POOL && size == sizeof(CMidNoteElement)) {
-    NotePool& pool = Pool();
-    if (pool.count < NotePool::kMaxKept) {
-      NotePool::Node* n = static_cast<NotePool::Node*>(p);
-      n->next = pool.head;
-      pool.head = n;
-      ++pool.count;
-      return;
+  if (HS_NOTE_POOL && size == sizeof(CMidNoteElement) && t_pool.count < kMaxKeptNotes) {
+    if (!t_pool.armed) {
+      static thread_local NotePoolCleaner cleaner;
+      (void)cleaner;
+      t_pool.armed = true;
     }
+    NodeLink* n = static_cast<NodeLink*>(p);
+    n->next = t_pool.head;
+    t_pool.head = n;
+    ++t_pool.count;
+    return;
   }
   ::operator delete(p);
 }
