@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -20,6 +21,7 @@ const DurationRow kDurations[] = {{10, 15},   {11, 22},   {20, 30},   {21, 45},
 const double kMinRestTicks = 7.5;
 const double kWholeTicks = 480.0;
 const double kLongestTicks = 720.0;
+const double kMaxRestTicks = 16 * 480.0;
 
 // A note's note-off time; an open note (stop 0) ends where it starts.
 uint32_t OffTime(const CMidNoteElement* n) {
@@ -221,6 +223,10 @@ int CMidTrackElement::CaculateReservedValue() {
 }
 
 void CMidTrackElement::_LinkNoteAfter(CMidNoteElement* after, CMidNoteElement* note) {
+  if (after != m_pLastNote)
+    m_bKeyIndexValid = 0;
+  else
+    m_pLastByKey[note->GetNoteValue()] = note;  // appended: now the last note of its key
   if (!after) {
     note->SetPrevElement(nullptr);
     note->SetNextElement(m_pFirstNote);
@@ -238,6 +244,7 @@ void CMidTrackElement::_LinkNoteAfter(CMidNoteElement* after, CMidNoteElement* n
 }
 
 void CMidTrackElement::_UnlinkNote(CMidNoteElement* note) {
+  m_bKeyIndexValid = 0;
   if (note == m_pInsertHint) m_pInsertHint = nullptr;
   if (note == m_pFirstNote) m_pFirstNote = note->GetNextElement();
   if (note == m_pLastNote) m_pLastNote = note->GetPrevElement();
@@ -251,10 +258,19 @@ void CMidTrackElement::_InsertNoteSorted(CMidNoteElement* note) {
   _LinkNoteAfter(after, note);
 }
 
+void CMidTrackElement::_RebuildKeyIndex() {
+  std::fill(std::begin(m_pLastByKey), std::end(m_pLastByKey), nullptr);
+  for (CMidNoteElement* n = m_pFirstNote; n; n = n->GetNextElement())
+    m_pLastByKey[n->GetNoteValue()] = n;
+  m_bKeyIndexValid = 1;
+}
+
 int CMidTrackElement::AppendNoteEvent(int isOn, uint8_t key, uint8_t velocity, uint32_t delta) {
   m_nEventTime += delta;
+  if (!m_bKeyIndexValid) _RebuildKeyIndex();
   if (!isOn && m_pLastNote) {
-    CMidNoteElement* match = m_pLastNote->RewindSearchNoteByNoteValue(key);
+    // The nearest earlier note of this key (what a backward search from the last note finds).
+    CMidNoteElement* match = m_pLastByKey[key];
     if (match && match->GetStopTime() == 0) {
       match->SetStopTime(m_nEventTime);
       return 0;
@@ -288,23 +304,29 @@ int CMidTrackElement::AddNoteEventAt(int isOn, uint8_t key, uint8_t velocity, ui
   return 0;
 }
 
+// One backward pass: the start of the next note of each key is known when a note is reached. A
+// deleted open note still counts as the next note for earlier notes of its key.
 int CMidTrackElement::FixNonStopNote() {
   int deleted = 0;
-  CMidNoteElement* n = m_pFirstNote;
+  uint32_t nextStart[256];
+  bool hasNext[256] = {false};
+  CMidNoteElement* n = m_pLastNote;
   while (n) {
-    CMidNoteElement* next = n->GetNextElement();
+    CMidNoteElement* prev = n->GetPrevElement();
+    const uint8_t key = n->GetNoteValue();
+    const uint32_t start = n->GetStartTime();
     if (n->GetStopTime() == 0) {
-      CMidNoteElement* later = next;
-      while (later && later->GetNoteValue() != n->GetNoteValue()) later = later->GetNextElement();
-      if (later) {
-        n->SetStopTime(later->GetStartTime());
+      if (hasNext[key]) {
+        n->SetStopTime(nextStart[key]);
       } else {
         _UnlinkNote(n);
         delete n;
         ++deleted;
       }
     }
-    n = next;
+    nextStart[key] = start;
+    hasNext[key] = true;
+    n = prev;
   }
   return deleted;
 }
@@ -407,6 +429,7 @@ int CMidTrackElement::ShiftPeriod(uint32_t from, uint32_t to, int32_t offset) {
 
 int CMidTrackElement::GetMarkedNotes(uint32_t from, uint32_t to, CMidNoteElement** first,
                                      CMidNoteElement** last) {
+  m_bKeyIndexValid = 0;  // the caller gets pointers it may edit
   CMidNoteElement* f = nullptr;
   CMidNoteElement* l = nullptr;
   for (CMidNoteElement* n = m_pFirstNote; n; n = n->GetNextElement()) {
@@ -514,8 +537,13 @@ int CMidTrackElement::GetNextIDs(NoteIDInfo* info) {
     NoteIDInfo out{};
     if (n->GetStartTime() > m_nIDCursor &&
         (n->GetStartTime() - m_nIDCursor) * scale >= kMinRestTicks) {
-      // Rests longer than the longest code are given out a whole note at a time.
+      // Rests longer than the longest code are given out a whole note at a time; a silence of
+      // more than 16 whole notes is shortened to 16 so a stray huge delta cannot flood a writer.
       uint32_t gap = n->GetStartTime() - m_nIDCursor;
+      if (gap * scale > kMaxRestTicks + kLongestTicks) {
+        gap = static_cast<uint32_t>(kMaxRestTicks / scale);
+        m_nIDCursor = n->GetStartTime() - gap;
+      }
       if (gap * scale > kLongestTicks + 1) gap = static_cast<uint32_t>(kWholeTicks / scale);
       if (gap == 0) gap = 1;
       out.bRest = 1;
@@ -666,6 +694,8 @@ void CMidTrackElement::ResetContent() {
   }
   m_pFirstNote = m_pLastNote = m_pInsertHint = nullptr;
   m_nNoteCount = 0;
+  std::fill(std::begin(m_pLastByKey), std::end(m_pLastByKey), nullptr);
+  m_bKeyIndexValid = 1;
   delete[] m_pWavFileLst;
   m_pWavFileLst = nullptr;
   _ResetFields();
