@@ -85,10 +85,12 @@ class MidiOut {
     w_.fourcc("MTrk");
     return w_.placeholder32();
   }
+  // Note events are gathered in a small staging block and handed to the writer in pieces, which
+  // keeps the per-event cost low; Flush must follow the last one.
   void Note(uint32_t delta, const NoteEventInfo& e, uint8_t channel) {
-    // One write per event: delta (at most 4 bytes), status, key, velocity.
-    uint8_t b[8];
-    int n = 0;
+    if (staged_ + 8 > sizeof(stage_)) Flush();
+    uint8_t* b = stage_ + staged_;
+    size_t n = 0;
     if (delta > 0x0FFFFFFFu) delta = 0x0FFFFFFFu;
     for (int shift = 21; shift > 0; shift -= 7)
       if (delta >> shift) b[n++] = static_cast<uint8_t>(((delta >> shift) & 0x7F) | 0x80);
@@ -96,11 +98,17 @@ class MidiOut {
     b[n++] = static_cast<uint8_t>((e.nEventType == NOTE_EVENT_ON ? 0x90 : 0x80) | (channel & 0x0F));
     b[n++] = e.byNoteValue & 0x7F;
     b[n++] = std::min<uint8_t>(e.byVelocity, 127);
-    w_.bytes(b, static_cast<size_t>(n));
+    staged_ += n;
+  }
+  void Flush() {
+    if (staged_) w_.bytes(stage_, staged_);
+    staged_ = 0;
   }
 
  private:
   hs::ByteWriter& w_;
+  uint8_t stage_[4096];
+  size_t staged_ = 0;
 };
 
 }  // namespace
@@ -1047,6 +1055,7 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       out.Note(t - last, ce.e, ce.channel);
       last = t;
     }
+    out.Flush();
   };
   auto collect = [&](CMidTrackElement* t, std::vector<ChannelEvent>* events) {
     NoteEventInfo e;
@@ -1064,6 +1073,7 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       out.Note(time - last, e, channel);
       last = time;
     }
+    out.Flush();
   };
   const size_t copyrightLength = std::strlen(m_szCopyright);
 
