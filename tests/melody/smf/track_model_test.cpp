@@ -338,26 +338,4 @@ TEST(MidTrackModel, SimplifyDuplicateAndReset) {
   delete copy;
 }
 
-TEST(MidTrackModel, TrackChain) {
-  CMidTrackElement a, b, c, d;
-  a.SetChannelNum(0);
-  b.SetChannelNum(1);
-  c.SetChannelNum(2);
-  d.SetChannelNum(1);
-  EXPECT_EQ(a.GetTrackIndex(), 0);
-  a.AppendNewTrack(&b);
-  a.AppendNewTrack(&c);
-  EXPECT_EQ(a.InsertNewTrack(1, &d), 1);
-  EXPECT_EQ(a.GetNextElement(), &d);
-  EXPECT_EQ(d.GetNextElement(), &b);
-  EXPECT_EQ(c.GetTrackIndex(), 3);
-  EXPECT_EQ(a.SearchTrackByChannelNum(1), &d);
-  EXPECT_EQ(b.SearchTrackByChannelNum(1), &b);
-  EXPECT_EQ(d.SearchTrackByChannelNum(0), nullptr);
-  for (CMidTrackElement* t : {&a, &b, &c, &d}) {
-    t->SetNextElement(nullptr);
-    t->SetPrevElement(nullptr);
-  }
-}
-
 }  // namespace
