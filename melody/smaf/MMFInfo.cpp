@@ -1,5 +1,6 @@
 #include "handset/melody/MMFInfo.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -113,11 +114,10 @@ void CMMFInfo::_CreateCRCTable() {
 
 uint16_t CMMFInfo::_CaculateCRC(const unsigned char* data, unsigned long size) const {
   hs::ByteReader r(data, size);
+  const uint8_t* bytes = r.bytes(size);
   uint16_t crc = 0xFFFF;
-  while (!r.atEnd()) {
-    uint8_t b = r.u8();
-    crc = static_cast<uint16_t>(m_wCRCTable[((crc >> 8) ^ b) & 0xFF] ^ (crc << 8));
-  }
+  for (unsigned long i = 0; bytes && i < size; ++i)
+    crc = static_cast<uint16_t>(m_wCRCTable[((crc >> 8) ^ bytes[i]) & 0xFF] ^ (crc << 8));
   return static_cast<uint16_t>(~crc);
 }
 
@@ -126,12 +126,16 @@ int CMMFInfo::_SearchLabel(const char* label, int start) const {
     return -1;
   const long long length = static_cast<long long>(std::strlen(label));
   const long long end = static_cast<long long>(m_dwMMFSize) - length - 1;
+  if (length == 0 || start >= end) return -1;
+  // Candidates are the positions below `end`; the bytes they compare stop at end - 1 + length.
   hs::ByteReader r(m_MMFImage.data(), m_MMFImage.size());
-  for (long long pos = start; pos < end; ++pos) {
-    r.seek(static_cast<size_t>(pos));
-    if (r.startsWith(label, static_cast<size_t>(length))) return static_cast<int>(pos + 1);
-  }
-  return -1;
+  r.seek(static_cast<size_t>(start));
+  const size_t span = static_cast<size_t>(end - 1 + length - start);
+  const uint8_t* first = r.bytes(span);
+  if (!first) return -1;
+  const uint8_t* hit = std::search(first, first + span, label, label + length);
+  if (hit == first + span) return -1;
+  return static_cast<int>(start + (hit - first) + 1);
 }
 
 int CMMFInfo::OpenMMF(const char* path) {
@@ -154,17 +158,19 @@ int CMMFInfo::OpenMMF(const char* path) {
 
 int CMMFInfo::OpenMMFBuf(const unsigned char* data, unsigned long size) {
   if (!data || size == 0) return rc::kErrNoData;
-  if (m_bOpened) CloseMMF(1);
-  if (size > 0xFFFFFFFFul) return rc::kErrNoMemory;
+  // Copied before closing, so that the caller may pass this object's own image.
+  std::vector<unsigned char> fresh;
+  bool copied = size <= 0xFFFFFFFFul;
   try {
     hs::ByteReader r(data, size);
     const uint8_t* bytes = r.bytes(size);
-    m_MMFImage.assign(bytes, bytes + size);
+    if (copied) fresh.assign(bytes, bytes + size);
   } catch (const std::bad_alloc&) {
-    std::vector<unsigned char>().swap(m_MMFImage);
-    m_dwMMFSize = 0;
-    return rc::kErrNoMemory;
+    copied = false;
   }
+  if (m_bOpened) CloseMMF(1);
+  if (!copied) return rc::kErrNoMemory;
+  m_MMFImage.swap(fresh);
   m_dwMMFSize = static_cast<uint32_t>(size);
   m_bOpened = 1;
   int result = _CheckMMFType();
@@ -211,7 +217,7 @@ int CMMFInfo::_CheckMMFType() {
     m_nMMFType = -1;
     return rc::kErrNotOpen;
   }
-  // Only the MA-2 layout is parsed; later generations keep the same labels where they matter.
+  // Only the MA-2 layout is parsed; every loaded image is treated as MA-2.
   m_nMMFType = 2;
   return rc::kOk;
 }
@@ -265,13 +271,12 @@ int CMMFInfo::_CheckMA2Led() {
 int CMMFInfo::_CheckMA2Vib() {
   const size_t size = m_MMFImage.size();
   hs::ByteReader r(m_MMFImage.data(), size);
+  const uint8_t* all = r.bytes(size);
   size_t i = 0;
-  while (i < size) {
-    r.seek(i);
-    if (!r.startsWith(kLabelScoreTrack, 3)) {
-      ++i;
-      continue;
-    }
+  while (all && i < size) {
+    const uint8_t* hit = std::search(all + i, all + size, kLabelScoreTrack, kLabelScoreTrack + 3);
+    if (hit == all + size) break;
+    i = static_cast<size_t>(hit - all);
     if (m_nChannelNum >= kTrackCount) return rc::kErrTooManyTracks;
     if (i + kMtrStatusHigh >= size || i + kMtrStatusLow >= size) return rc::kErrStatusPastEnd;
     r.seek(i + kMtrStatusHigh);
@@ -315,7 +320,8 @@ int CMMFInfo::_ApplyMA2LedChanged(int channel) {
   const uint8_t value = static_cast<uint8_t>(channel & 0xFF);
   int found = _SearchLabel(kLabelLed, 0);
   if (found >= 0) {
-    // Written one byte past where parsing reads the channel; files in the field depend on it.
+    // Written one byte past where parsing reads the channel. Kept on purpose: images already
+    // patched this way must keep reading back the same.
     const size_t p = static_cast<size_t>(found - 1);
     PokeByte(m_MMFImage, p + std::strlen(kLabelLed) + 1, value);
   } else {
@@ -340,9 +346,13 @@ int CMMFInfo::_ApplyMA2LedChanged(int channel) {
     } catch (const std::bad_alloc&) {
       return rc::kErrNoMemory;
     }
-    // Only the low byte of each size field moves, wrapping without carry, as phones expect.
-    grown[kFileSizeLowByte] = static_cast<uint8_t>(grown[kFileSizeLowByte] + 5);
-    grown[q + kCntiSizeLowByte] = static_cast<uint8_t>(grown[q + kCntiSizeLowByte] + 5);
+    // Only the low byte of each size field moves, wrapping without carry; kept on purpose so that
+    // patched images stay byte-identical to those written before.
+    for (size_t at : {kFileSizeLowByte, q + kCntiSizeLowByte}) {
+      bool ok = false;
+      const uint8_t low = PeekByte(grown, at, &ok);
+      if (ok) PokeByte(grown, at, static_cast<uint8_t>(low + 5));
+    }
     m_MMFImage.swap(grown);
     m_dwMMFSize += 5;
   }
