@@ -85,15 +85,30 @@ class MidiOut {
     w_.fourcc("MTrk");
     return w_.placeholder32();
   }
+  // Note events are gathered in a small staging block and handed to the writer in pieces, which
+  // keeps the per-event cost low; Flush must follow the last one.
   void Note(uint32_t delta, const NoteEventInfo& e, uint8_t channel) {
-    w_.vlq(delta);
-    w_.u8(static_cast<uint8_t>((e.nEventType == NOTE_EVENT_ON ? 0x90 : 0x80) | (channel & 0x0F)));
-    w_.u8(e.byNoteValue & 0x7F);
-    w_.u8(std::min<uint8_t>(e.byVelocity, 127));
+    if (staged_ + 8 > sizeof(stage_)) Flush();
+    uint8_t* b = stage_ + staged_;
+    size_t n = 0;
+    if (delta > 0x0FFFFFFFu) delta = 0x0FFFFFFFu;
+    for (int shift = 21; shift > 0; shift -= 7)
+      if (delta >> shift) b[n++] = static_cast<uint8_t>(((delta >> shift) & 0x7F) | 0x80);
+    b[n++] = static_cast<uint8_t>(delta & 0x7F);
+    b[n++] = static_cast<uint8_t>((e.nEventType == NOTE_EVENT_ON ? 0x90 : 0x80) | (channel & 0x0F));
+    b[n++] = e.byNoteValue & 0x7F;
+    b[n++] = std::min<uint8_t>(e.byVelocity, 127);
+    staged_ += n;
+  }
+  void Flush() {
+    if (staged_) w_.bytes(stage_, staged_);
+    staged_ = 0;
   }
 
  private:
   hs::ByteWriter& w_;
+  uint8_t stage_[4096];
+  size_t staged_ = 0;
 };
 
 }  // namespace
@@ -103,7 +118,12 @@ CMidFileElement::CMidFileElement() {
 }
 
 CMidFileElement::~CMidFileElement() {
-  ReleaseMidFile();
+  CMidTrackElement* t = m_pTrackHead;
+  while (t) {
+    CMidTrackElement* next = t->GetNextElement();
+    delete t;
+    t = next;
+  }
 }
 
 void CMidFileElement::_ResetMembers() {
@@ -142,8 +162,10 @@ void CMidFileElement::_ResetMembers() {
   m_bTempoSeen = 0;
   m_nCurTempo = 0;
   m_nTicksSinceTempo = 0;
-  for (int i = 0; i < 16; ++i)
+  for (int i = 0; i < 16; ++i) {
     m_nChannelProgram[i] = m_nChannelBankMSB[i] = m_nChannelBankLSB[i] = -1;
+    m_pChannelTrack[i] = nullptr;
+  }
 }
 
 void CMidFileElement::ReleaseMidFile() {
@@ -223,8 +245,10 @@ int CMidFileElement::_LoadBuffer(const uint8_t* data, size_t size) {
     else if (m_nMidiFormat > 1)
       rc = mf::kErrFormat;
   }
-  int chunks = 0;
-  while (rc == mf::kOk && !r.atEnd() && chunks < m_nDeclaredTrackNum) {
+  // The chunk frames are checked before any events are parsed: a damaged file fails with the
+  // same code, without building tracks that would be thrown away.
+  std::vector<std::pair<const uint8_t*, uint32_t>> bodies;
+  while (rc == mf::kOk && !r.atEnd() && bodies.size() < m_nDeclaredTrackNum) {
     if (!r.expect("MTrk", 4)) {
       rc = mf::kErrNotMTrk;
       break;
@@ -234,10 +258,11 @@ int CMidFileElement::_LoadBuffer(const uint8_t* data, size_t size) {
       rc = mf::kErrTrackOverrun;
       break;
     }
-    const uint8_t* body = r.bytes(length);
-    rc = _ParseMidiTrack(body, length, chunks);
-    ++chunks;
+    bodies.emplace_back(r.bytes(length), length);
   }
+  int chunks = 0;
+  for (; rc == mf::kOk && chunks < static_cast<int>(bodies.size()); ++chunks)
+    rc = _ParseMidiTrack(bodies[chunks].first, bodies[chunks].second, chunks);
   if (rc != mf::kOk) {
     m_bLoading = 0;
     ReleaseMidFile();
@@ -511,9 +536,11 @@ CMidTrackElement* CMidFileElement::_CreateTrack(uint8_t channel, int index) {
 // The track of `channel`: the current one, else one found in the chain, else a new one.
 CMidTrackElement* CMidFileElement::_GetChannelTrack(uint8_t channel) {
   if (m_pCurTrack && m_pCurTrack->GetChannelNum() == channel) return m_pCurTrack;
-  CMidTrackElement* t = m_pTrackHead ? m_pTrackHead->SearchTrackByChannelNum(channel) : nullptr;
+  // Tracks are neither deleted nor re-channelled while loading, so the lookup can be kept.
+  CMidTrackElement* t = m_pChannelTrack[channel & 0x0F];
+  if (!t && m_pTrackHead) t = m_pTrackHead->SearchTrackByChannelNum(channel);
   if (!t) t = _CreateTrack(channel, -1);
-  if (t) m_pCurTrack = t;
+  if (t) m_pCurTrack = m_pChannelTrack[channel & 0x0F] = t;
   return t;
 }
 
@@ -949,6 +976,9 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
   if (format == 0 && tracks.empty()) return mf::kErrNoTrackToWrite;
 
   hs::ByteWriter w(kOutputCapacity);
+  size_t estimate = 256;
+  for (CMidTrackElement* t : tracks) estimate += 64 + size_t{t->GetNoteCount()} * 10;
+  w.reserve(estimate);
   MidiOut out(w);
   w.fourcc("MThd");
   w.u32be(6);
@@ -1025,12 +1055,25 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       out.Note(t - last, ce.e, ce.channel);
       last = t;
     }
+    out.Flush();
   };
   auto collect = [&](CMidTrackElement* t, std::vector<ChannelEvent>* events) {
     NoteEventInfo e;
     for (int rc = t->GetFirstNoteBySequence(&e, startTime, ranged ? stopTime : 0); rc == 0;
          rc = t->GetNextNoteBySequence(&e))
       events->push_back({e, t->GetChannelNum()});
+  };
+  auto writeTrackNotes = [&](CMidTrackElement* t) {
+    NoteEventInfo e;
+    uint32_t last = base;
+    const uint8_t channel = t->GetChannelNum();
+    for (int rc = t->GetFirstNoteBySequence(&e, startTime, ranged ? stopTime : 0); rc == 0;
+         rc = t->GetNextNoteBySequence(&e)) {
+      uint32_t time = e.nTime < base ? base : e.nTime;
+      out.Note(time - last, e, channel);
+      last = time;
+    }
+    out.Flush();
   };
   const size_t copyrightLength = std::strlen(m_szCopyright);
 
@@ -1042,14 +1085,11 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
     if (copyrightLength)
       out.Meta(0x02, m_szCopyright, std::min<size_t>(copyrightLength, 255), false);
     out.EndOfTrack(at);
-    std::vector<ChannelEvent> events;
     for (CMidTrackElement* t : tracks) {
       size_t trackAt = out.BeginTrack();
       writeTrackInfo(t);
       writeSmafTags(t);
-      events.clear();
-      collect(t, &events);
-      writeNotes(events);
+      writeTrackNotes(t);
       out.EndOfTrack(trackAt);
       if (!w.ok()) break;
     }
@@ -1062,6 +1102,13 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       out.Meta(0x02, m_szCopyright, std::min<size_t>(copyrightLength, 255), false);
     writeTrackInfo(tracks[0]);
     writeSmafTags(tracks[0]);
+    if (tracks.size() == 1) {
+      writeTrackNotes(tracks[0]);
+      out.EndOfTrack(at);
+      if (!w.ok() || w.size() == 0) return mf::kErrNothingProduced;
+      m_outBuffer = w.take();
+      return mf::kOk;
+    }
     std::vector<ChannelEvent> events;
     for (CMidTrackElement* t : tracks)
       if (!enabledOnly || t->IsEnabled()) collect(t, &events);

@@ -1,5 +1,74 @@
 #include "handset/melody/MidNoteElement.h"
 
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define HS_NOTE_POOL 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define HS_NOTE_POOL 0
+#endif
+#endif
+#ifndef HS_NOTE_POOL
+#define HS_NOTE_POOL 1
+#endif
+
+namespace {
+
+// Freed notes of this thread, linked through their first bytes. Kept out of sanitizer builds so
+// that a note used after deletion is still reported. The list itself is trivially destructible
+// (no per-access guard); a separate per-thread cleaner, armed on first use, frees it at exit.
+struct NodeLink {
+  NodeLink* next;
+};
+struct NotePool {
+  NodeLink* head;
+  size_t count;
+  bool armed;
+};
+thread_local NotePool t_pool = {nullptr, 0, false};
+constexpr size_t kMaxKeptNotes = 1 << 16;
+
+struct NotePoolCleaner {
+  ~NotePoolCleaner() {
+    while (t_pool.head) {
+      NodeLink* n = t_pool.head;
+      t_pool.head = n->next;
+      ::operator delete(n);
+    }
+    t_pool.count = 0;
+  }
+};
+
+}  // namespace
+
+void* CMidNoteElement::operator new(size_t size) {
+  if (HS_NOTE_POOL && size == sizeof(CMidNoteElement) && t_pool.head) {
+    NodeLink* n = t_pool.head;
+    t_pool.head = n->next;
+    --t_pool.count;
+    return n;
+  }
+  return ::operator new(size);
+}
+
+void CMidNoteElement::operator delete(void* p, size_t size) {
+  if (!p) return;
+  if (HS_NOTE_POOL && size == sizeof(CMidNoteElement) && t_pool.count < kMaxKeptNotes) {
+    if (!t_pool.armed) {
+      static thread_local NotePoolCleaner cleaner;
+      (void)cleaner;
+      t_pool.armed = true;
+    }
+    NodeLink* n = static_cast<NodeLink*>(p);
+    n->next = t_pool.head;
+    t_pool.head = n;
+    ++t_pool.count;
+    return;
+  }
+  ::operator delete(p);
+}
+
 CMidNoteElement::CMidNoteElement() = default;
 
 CMidNoteElement::CMidNoteElement(uint32_t startTime, uint32_t stopTime, uint8_t noteValue,

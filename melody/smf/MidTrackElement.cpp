@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -20,6 +21,7 @@ const DurationRow kDurations[] = {{10, 15},   {11, 22},   {20, 30},   {21, 45},
 const double kMinRestTicks = 7.5;
 const double kWholeTicks = 480.0;
 const double kLongestTicks = 720.0;
+const double kMaxRestTicks = 16 * 480.0;
 
 // A note's note-off time; an open note (stop 0) ends where it starts.
 uint32_t OffTime(const CMidNoteElement* n) {
@@ -35,26 +37,36 @@ bool InRange(uint32_t t, uint32_t from, uint32_t to) {
 // the note-offs of zero-length notes (which must follow their own note-on); otherwise chain order.
 void CollectEvents(const CMidNoteElement* first, uint32_t from, uint32_t to,
                    std::vector<NoteEventInfo>* out) {
-  struct Ranked {
-    NoteEventInfo e;
-    int rank;
-  };
-  std::vector<Ranked> events;
+  // Note-ons come sorted with the chain; only the note-offs need sorting, and they are merged in.
+  // Each note-off is sorted by one key: time, then rank (0 ends a sounding note, 2 ends a
+  // zero-length note and must follow its own note-on), then chain order.
+  thread_local std::vector<uint64_t> keys;
+  thread_local std::vector<NoteEventInfo> ons;
+  thread_local std::vector<NoteEventInfo> offs;
+  keys.clear();
+  ons.clear();
+  offs.clear();
   for (const CMidNoteElement* n = first; n; n = n->GetNextElement()) {
     if (!InRange(n->GetStartTime(), from, to)) continue;
     uint32_t off = OffTime(n);
     if (from < to && off > to) off = to;
-    events.push_back({{NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()}, 1});
-    events.push_back({{NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()},
-                      off == n->GetStartTime() ? 2 : 0});
+    uint64_t rank = off == n->GetStartTime() ? 2 : 0;
+    keys.push_back((uint64_t{off} << 32) | (rank << 30) | offs.size());
+    ons.push_back({NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()});
+    offs.push_back({NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()});
   }
-  std::stable_sort(events.begin(), events.end(), [](const Ranked& a, const Ranked& b) {
-    if (a.e.nTime != b.e.nTime) return a.e.nTime < b.e.nTime;
-    return a.rank < b.rank;
-  });
-  out->clear();
-  out->reserve(events.size());
-  for (const Ranked& r : events) out->push_back(r.e);
+  if (!std::is_sorted(keys.begin(), keys.end())) std::sort(keys.begin(), keys.end());
+  out->resize(ons.size() * 2);
+  size_t i = 0, j = 0, k = 0;
+  while (i < ons.size() || j < keys.size()) {
+    bool takeOff = false;
+    if (j < keys.size()) {
+      uint32_t offTime = static_cast<uint32_t>(keys[j] >> 32);
+      takeOff = i == ons.size() || offTime < ons[i].nTime ||
+                (offTime == ons[i].nTime && ((keys[j] >> 30) & 3) == 0);
+    }
+    (*out)[k++] = takeOff ? offs[keys[j++] & 0x3FFFFFFFu] : ons[i++];
+  }
 }
 
 int CopyName(char* field, const char* text, int length) {
@@ -211,6 +223,10 @@ int CMidTrackElement::CaculateReservedValue() {
 }
 
 void CMidTrackElement::_LinkNoteAfter(CMidNoteElement* after, CMidNoteElement* note) {
+  if (after != m_pLastNote)
+    m_bKeyIndexValid = 0;
+  else
+    m_pLastByKey[note->GetNoteValue()] = note;  // appended: now the last note of its key
   if (!after) {
     note->SetPrevElement(nullptr);
     note->SetNextElement(m_pFirstNote);
@@ -228,6 +244,8 @@ void CMidTrackElement::_LinkNoteAfter(CMidNoteElement* after, CMidNoteElement* n
 }
 
 void CMidTrackElement::_UnlinkNote(CMidNoteElement* note) {
+  m_bKeyIndexValid = 0;
+  if (note == m_pInsertHint) m_pInsertHint = nullptr;
   if (note == m_pFirstNote) m_pFirstNote = note->GetNextElement();
   if (note == m_pLastNote) m_pLastNote = note->GetPrevElement();
   note->ModifyDataChainBeforeDel();
@@ -240,10 +258,19 @@ void CMidTrackElement::_InsertNoteSorted(CMidNoteElement* note) {
   _LinkNoteAfter(after, note);
 }
 
+void CMidTrackElement::_RebuildKeyIndex() {
+  std::fill(std::begin(m_pLastByKey), std::end(m_pLastByKey), nullptr);
+  for (CMidNoteElement* n = m_pFirstNote; n; n = n->GetNextElement())
+    m_pLastByKey[n->GetNoteValue()] = n;
+  m_bKeyIndexValid = 1;
+}
+
 int CMidTrackElement::AppendNoteEvent(int isOn, uint8_t key, uint8_t velocity, uint32_t delta) {
   m_nEventTime += delta;
+  if (!m_bKeyIndexValid) _RebuildKeyIndex();
   if (!isOn && m_pLastNote) {
-    CMidNoteElement* match = m_pLastNote->RewindSearchNoteByNoteValue(key);
+    // The nearest earlier note of this key (what a backward search from the last note finds).
+    CMidNoteElement* match = m_pLastByKey[key];
     if (match && match->GetStopTime() == 0) {
       match->SetStopTime(m_nEventTime);
       return 0;
@@ -259,7 +286,13 @@ int CMidTrackElement::AppendNoteEvent(int isOn, uint8_t key, uint8_t velocity, u
 int CMidTrackElement::AddNoteEventAt(int isOn, uint8_t key, uint8_t velocity, uint32_t time) {
   if (time >= m_nEventTime) return AppendNoteEvent(isOn, key, velocity, time - m_nEventTime);
   CMidNoteElement* after = m_pLastNote;
+  if (m_pInsertHint && m_pInsertHint->GetStartTime() <= time) {
+    after = m_pInsertHint;
+    while (after->GetNextElement() && after->GetNextElement()->GetStartTime() <= time)
+      after = after->GetNextElement();
+  }
   while (after && after->GetStartTime() > time) after = after->GetPrevElement();
+  m_pInsertHint = after;
   if (!isOn && after) {
     CMidNoteElement* match = after->RewindSearchNoteByNoteValue(key);
     if (match && match->GetStopTime() == 0) {
@@ -271,23 +304,29 @@ int CMidTrackElement::AddNoteEventAt(int isOn, uint8_t key, uint8_t velocity, ui
   return 0;
 }
 
+// One backward pass: the start of the next note of each key is known when a note is reached. A
+// deleted open note still counts as the next note for earlier notes of its key.
 int CMidTrackElement::FixNonStopNote() {
   int deleted = 0;
-  CMidNoteElement* n = m_pFirstNote;
+  uint32_t nextStart[256];
+  bool hasNext[256] = {false};
+  CMidNoteElement* n = m_pLastNote;
   while (n) {
-    CMidNoteElement* next = n->GetNextElement();
+    CMidNoteElement* prev = n->GetPrevElement();
+    const uint8_t key = n->GetNoteValue();
+    const uint32_t start = n->GetStartTime();
     if (n->GetStopTime() == 0) {
-      CMidNoteElement* later = next;
-      while (later && later->GetNoteValue() != n->GetNoteValue()) later = later->GetNextElement();
-      if (later) {
-        n->SetStopTime(later->GetStartTime());
+      if (hasNext[key]) {
+        n->SetStopTime(nextStart[key]);
       } else {
         _UnlinkNote(n);
         delete n;
         ++deleted;
       }
     }
-    n = next;
+    nextStart[key] = start;
+    hasNext[key] = true;
+    n = prev;
   }
   return deleted;
 }
@@ -390,6 +429,7 @@ int CMidTrackElement::ShiftPeriod(uint32_t from, uint32_t to, int32_t offset) {
 
 int CMidTrackElement::GetMarkedNotes(uint32_t from, uint32_t to, CMidNoteElement** first,
                                      CMidNoteElement** last) {
+  m_bKeyIndexValid = 0;  // the caller gets pointers it may edit
   CMidNoteElement* f = nullptr;
   CMidNoteElement* l = nullptr;
   for (CMidNoteElement* n = m_pFirstNote; n; n = n->GetNextElement()) {
@@ -497,8 +537,13 @@ int CMidTrackElement::GetNextIDs(NoteIDInfo* info) {
     NoteIDInfo out{};
     if (n->GetStartTime() > m_nIDCursor &&
         (n->GetStartTime() - m_nIDCursor) * scale >= kMinRestTicks) {
-      // Rests longer than the longest code are given out a whole note at a time.
+      // Rests longer than the longest code are given out a whole note at a time; a silence of
+      // more than 16 whole notes is shortened to 16 so a stray huge delta cannot flood a writer.
       uint32_t gap = n->GetStartTime() - m_nIDCursor;
+      if (gap * scale > kMaxRestTicks + kLongestTicks) {
+        gap = static_cast<uint32_t>(kMaxRestTicks / scale);
+        m_nIDCursor = n->GetStartTime() - gap;
+      }
       if (gap * scale > kLongestTicks + 1) gap = static_cast<uint32_t>(kWholeTicks / scale);
       if (gap == 0) gap = 1;
       out.bRest = 1;
@@ -647,8 +692,10 @@ void CMidTrackElement::ResetContent() {
     delete n;
     n = next;
   }
-  m_pFirstNote = m_pLastNote = nullptr;
+  m_pFirstNote = m_pLastNote = m_pInsertHint = nullptr;
   m_nNoteCount = 0;
+  std::fill(std::begin(m_pLastByKey), std::end(m_pLastByKey), nullptr);
+  m_bKeyIndexValid = 1;
   delete[] m_pWavFileLst;
   m_pWavFileLst = nullptr;
   _ResetFields();

@@ -247,4 +247,5 @@ class HANDSET_API CMidFileElement {
   int m_nChannelProgram[16];
   int m_nChannelBankMSB[16];
   int m_nChannelBankLSB[16];
+  CMidTrackElement* m_pChannelTrack[16];  ///< track of each channel while loading
 };

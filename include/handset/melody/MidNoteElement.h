@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "handset/export.h"
@@ -12,6 +13,10 @@ class HANDSET_API CMidNoteElement {
   CMidNoteElement();
   CMidNoteElement(uint32_t startTime, uint32_t stopTime, uint8_t noteValue, uint8_t velocity);
   virtual ~CMidNoteElement();
+  /// Notes are small and made by the thousand on every load; freed notes are kept per thread
+  /// for reuse (a bounded number).
+  static void* operator new(size_t size);
+  static void operator delete(void* p, size_t size);
 
   CMidNoteElement* GetNextElement() const { return m_pNextElement; }
   CMidNoteElement* GetPrevElement() const { return m_pPrevElement; }

@@ -149,8 +149,15 @@ class HANDSET_API CMidTrackElement {
   /// Counts the notes by walking the chain.
   uint32_t CountNoteElement() const;
   uint32_t GetNoteCount() const { return m_nNoteCount; }
-  CMidNoteElement* GetFirstNote() const { return m_pFirstNote; }
-  CMidNoteElement* GetLastNote() const { return m_pLastNote; }
+  /// The chain ends. The notes may be edited through these pointers.
+  CMidNoteElement* GetFirstNote() const {
+    m_bKeyIndexValid = 0;
+    return m_pFirstNote;
+  }
+  CMidNoteElement* GetLastNote() const {
+    m_bKeyIndexValid = 0;
+    return m_pLastNote;
+  }
   /// The running event time (sum of the deltas given to `AppendNoteEvent`).
   uint32_t GetNowNoteEventTime() const { return m_nEventTime; }
   /// The width of the track on a time line: the latest stop (or start) time of its notes in
@@ -173,8 +180,9 @@ class HANDSET_API CMidTrackElement {
   int GetNextNoteBySequence(NoteEventInfo* info);
   /// Starts yielding notes and rests with duration codes (lengths scaled to 120 ticks/quarter).
   /// A gap of at least half a thirty-second between the end of the line so far and the next note
-  /// yields a rest first. In MIDEVENT_MODE_MELODY a note starting before the previous yielded
-  /// note ends is skipped. The range works as for `GetFirstNoteBySequence`. -1 when empty.
+  /// yields a rest first (a whole note at a time when longer than a dotted whole; silences over 16
+  /// whole notes are shortened to 16). In MIDEVENT_MODE_MELODY a note starting before the previous
+  /// yielded note ends is skipped. The range works as for `GetFirstNoteBySequence`. -1 when empty.
   int GetFirstIDs(NoteIDInfo* info, uint32_t from = 0, uint32_t to = 0);
   int GetNextIDs(NoteIDInfo* info);
   /// The duration code of a length in ticks at 120 ticks per quarter note.
@@ -204,6 +212,7 @@ class HANDSET_API CMidTrackElement {
   void _InsertNoteSorted(CMidNoteElement* note);
   void _BuildEventList(uint32_t from, uint32_t to);
   void _ResetFields();
+  void _RebuildKeyIndex();
 
   CMidTrackElement* m_pNextElement = nullptr;
   CMidTrackElement* m_pPrevElement = nullptr;
@@ -227,6 +236,14 @@ class HANDSET_API CMidTrackElement {
   int m_bBankLSBExist = 0;
   int m_bModified = 0;
   int m_nEventMode = MIDEVENT_MODE_ALL;
+
+  // Where the last event earlier than the running time was placed; a chunk continuing a channel
+  // inserts in rising order, so the next search starts here instead of at the end.
+  CMidNoteElement* m_pInsertHint = nullptr;
+  // The last note of each key, so appending a note-off finds its note without walking the
+  // chain. Valid while notes were only appended since it was built.
+  CMidNoteElement* m_pLastByKey[256] = {nullptr};
+  mutable int m_bKeyIndexValid = 1;
 
   // Iteration state of GetFirstNoteBySequence/GetFirstIDs.
   std::vector<NoteEventInfo> m_events;

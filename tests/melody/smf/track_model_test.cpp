@@ -52,6 +52,24 @@ TEST(MidTrackModel, NotePairingAndClosingOpenNotes) {
   ExpectChainIntact(t);
 }
 
+TEST(MidTrackModel, NoteOffsFindTheirNoteAfterEditsAndCopies) {
+  CMidTrackElement t;
+  t.AppendNoteEvent(1, 60, 100, 100);
+  t.AppendNoteEvent(1, 64, 100, 0);
+  t.GetFirstNote()->SetNoteValue(61);  // edited through the chain
+  t.AppendNoteEvent(0, 60, 0, 10);     // no note of key 60 is left: opens one
+  t.InsertNoteTicks(0, 0, 64, 1);      // inserted in front of the chain
+  CMidTrackElement* copy = t.Duplicate();
+  copy->AppendNoteEvent(0, 64, 0, 5);  // the copy closes its own open 64 at 100
+  t.AppendNoteEvent(0, 61, 0, 20);
+  EXPECT_EQ(Notes(t), (std::vector<Note>{
+                          {0, 0, 64, 1}, {100, 130, 61, 100}, {100, 0, 64, 100}, {110, 0, 60, 0}}));
+  EXPECT_EQ(
+      Notes(*copy),
+      (std::vector<Note>{{0, 0, 64, 1}, {100, 0, 61, 100}, {100, 115, 64, 100}, {110, 0, 60, 0}}));
+  delete copy;
+}
+
 TEST(MidTrackModel, EventsAtEarlierTicksAreInsertedInOrder) {
   CMidTrackElement t;
   t.AddNoteEventAt(1, 40, 100, 100);
@@ -318,28 +336,6 @@ TEST(MidTrackModel, SimplifyDuplicateAndReset) {
   other.SetPrevElement(nullptr);
   copy->SetNextElement(nullptr);
   delete copy;
-}
-
-TEST(MidTrackModel, TrackChain) {
-  CMidTrackElement a, b, c, d;
-  a.SetChannelNum(0);
-  b.SetChannelNum(1);
-  c.SetChannelNum(2);
-  d.SetChannelNum(1);
-  EXPECT_EQ(a.GetTrackIndex(), 0);
-  a.AppendNewTrack(&b);
-  a.AppendNewTrack(&c);
-  EXPECT_EQ(a.InsertNewTrack(1, &d), 1);
-  EXPECT_EQ(a.GetNextElement(), &d);
-  EXPECT_EQ(d.GetNextElement(), &b);
-  EXPECT_EQ(c.GetTrackIndex(), 3);
-  EXPECT_EQ(a.SearchTrackByChannelNum(1), &d);
-  EXPECT_EQ(b.SearchTrackByChannelNum(1), &b);
-  EXPECT_EQ(d.SearchTrackByChannelNum(0), nullptr);
-  for (CMidTrackElement* t : {&a, &b, &c, &d}) {
-    t->SetNextElement(nullptr);
-    t->SetPrevElement(nullptr);
-  }
 }
 
 }  // namespace
