@@ -292,6 +292,7 @@ int CMidFileElement::_ParseMidiTrack(const uint8_t* data, size_t size, int chunk
   m_bPendingWave = 0;
   m_pendingWaveList.clear();
   uint32_t tick = 0;
+  uint32_t lastNoteTick = 0;
   uint8_t status = 0;
   while (!r.atEnd()) {
     uint32_t delta = 0;
@@ -335,7 +336,14 @@ int CMidFileElement::_ParseMidiTrack(const uint8_t* data, size_t size, int chunk
         if ((status & 0xF0) == 0x90 && velocity == 0) m_bNoteOffByZeroVelocity = 1;
         CMidTrackElement* t = _GetChannelTrack(channel);
         if (!t) return mf::kErrNoteNoTrack;
-        if (t->AddNoteEventAt(on ? 1 : 0, key, velocity, tick) != 0) return mf::kErrNoteNoTrack;
+        // Format 0 places a note at its tick; format 1 gives the track the ticks since this
+        // chunk's previous note event, so a chunk that mixes channels or a channel that spans
+        // chunks advances each track by the chunk's note-to-note gaps.
+        int added = m_nMidiFormat == 1
+                        ? t->AppendNoteEvent(on ? 1 : 0, key, velocity, tick - lastNoteTick)
+                        : t->AddNoteEventAt(on ? 1 : 0, key, velocity, tick);
+        lastNoteTick = tick;
+        if (added != 0) return mf::kErrNoteNoTrack;
         break;
       }
       case 0xB0: {

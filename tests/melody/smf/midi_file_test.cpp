@@ -187,7 +187,7 @@ TEST(MidFileLoad, Format1NamesAndChannelsSpreadOverChunks) {
                  {0x00, 0x90, 72, 90, 0x60, 0x80, 72, 0},
                  Text(0x03, "Renamed"),
                  kEot});
-  // Channel 0 again in a later chunk, earlier than what the track already holds.
+  // Channel 0 again in a later chunk: its notes continue from the track's running time.
   Bytes b = Cat({{0x10, 0x90, 40, 70, 0x10, 0x80, 40, 0}, kEot});
   CMidFileElement f;
   ASSERT_EQ(Load(f, Cat({Header(1, 3, 480), Chunk(conductor), Chunk(a), Chunk(b)})), mf::kOk);
@@ -198,7 +198,7 @@ TEST(MidFileLoad, Format1NamesAndChannelsSpreadOverChunks) {
   EXPECT_STREQ(t->GetInstrumentName(), "Flute");
   EXPECT_EQ(t->GetProgram(), 73);
   EXPECT_EQ(t->GetDivision(), 480);
-  EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 96, 72, 90}, {16, 32, 40, 70}}));
+  EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 96, 72, 90}, {112, 128, 40, 70}}));
 }
 
 TEST(MidFileLoad, TempoAccountingKeepsOneTempo) {

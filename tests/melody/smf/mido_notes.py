@@ -6,7 +6,8 @@ line per kept item so the C++ test can compare:
   program CH PROGRAM
   bank CH MSB LSB          (-1 when absent)
   note CH START STOP KEY VELOCITY
-The rules applied: one tempo (the one ruling the most ticks, as the loader accounts them), a
+The rules applied: in format 1 each channel's notes advance by the gaps between note events of
+the chunk they are read from; one tempo (the one ruling the most ticks, as the loader accounts them), a
 note-off closes the nearest earlier note of its key when that is open and otherwise opens a note,
 notes left open close at the next note of their key or are dropped, and programs and bank selects
 are kept only for channels that have notes.
@@ -26,8 +27,10 @@ def main(path):
     program = {}
     msb = {}
     lsb = {}
+    running = {}  # channel -> the track's running note-event time
     for track in mid.tracks:
         tick = 0
+        last_note_tick = 0
         for msg in track:
             tick += msg.time
             since_tempo += msg.time
@@ -50,26 +53,33 @@ def main(path):
             elif msg.type in ('note_on', 'note_off'):
                 on = msg.type == 'note_on' and msg.velocity != 0
                 chain = notes.setdefault(msg.channel, [])
+                if mid.type == 1:
+                    # Format 1: the track advances by the gap since the chunk's previous note.
+                    at = running.get(msg.channel, 0) + tick - last_note_tick
+                    running[msg.channel] = at
+                    last_note_tick = tick
+                else:
+                    at = tick
                 t0 = event_time.get(msg.channel, 0)
-                if tick >= t0:
-                    event_time[msg.channel] = tick
+                if at >= t0:
+                    event_time[msg.channel] = at
                     pos = len(chain)
                 else:
                     pos = len(chain)
-                    while pos > 0 and chain[pos - 1][0] > tick:
+                    while pos > 0 and chain[pos - 1][0] > at:
                         pos -= 1
                 if not on:
                     for i in range(pos - 1, -1, -1):
                         if chain[i][2] == msg.note:
                             if chain[i][1] == 0:
-                                chain[i][1] = tick
+                                chain[i][1] = at
                                 break
-                            chain.insert(pos, [tick, 0, msg.note, msg.velocity])
+                            chain.insert(pos, [at, 0, msg.note, msg.velocity])
                             break
                     else:
-                        chain.insert(pos, [tick, 0, msg.note, msg.velocity])
+                        chain.insert(pos, [at, 0, msg.note, msg.velocity])
                 else:
-                    chain.insert(pos, [tick, 0, msg.note, msg.velocity])
+                    chain.insert(pos, [at, 0, msg.note, msg.velocity])
     if tempo_list:
         best = tempo_list[0]
         for entry in tempo_list:
