@@ -1,3 +1,8 @@
 #pragma once
 
 // Personal-data family: vObject text, bookmarks, contacts and calendar entries.
+#include "handset/pim/IEVbkm.h"
+#include "handset/pim/OemPanaVbkm.h"
+#include "handset/pim/QP.h"
+#include "handset/pim/VObjLite.h"
+#include "handset/pim/Vbkm.h"
