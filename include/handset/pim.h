@@ -1,7 +1,10 @@
 #pragma once
 
 // Personal-data family: vObject text, bookmarks, contacts and calendar entries.
+#include "handset/pim/BkmkFuncs.h"
+#include "handset/pim/BkmkObj.h"
 #include "handset/pim/IEVbkm.h"
+#include "handset/pim/MediaDir.h"
 #include "handset/pim/OemPanaVbkm.h"
 #include "handset/pim/QP.h"
 #include "handset/pim/VObjLite.h"
