@@ -1,5 +1,6 @@
 #include "handset/pim/BkmkFuncs.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -92,8 +93,16 @@ CBkmkObj* ImportFolder(CBkmkObj* parent, const std::string& folder, int flag, in
   parent->AddChild(node);
   for (const std::string& name : hs::os::ListFolder(folder.c_str(), true))
     ImportFolder(node, hs::os::JoinPath(folder, name), flag, depth + 1);
+  // Files go in the order of their names without extension, so "News" comes before "News(1)"
+  // as it did before the export.
+  std::vector<std::string> files;
   for (const std::string& name : hs::os::ListFolder(folder.c_str(), false))
-    if (HasVbmExtension(name)) _BKMK_ImportVbkm(node, hs::os::JoinPath(folder, name).c_str(), flag);
+    if (HasVbmExtension(name)) files.push_back(name);
+  std::stable_sort(files.begin(), files.end(), [](const std::string& a, const std::string& b) {
+    return a.compare(0, a.size() - 4, b, 0, b.size() - 4) < 0;
+  });
+  for (const std::string& name : files)
+    _BKMK_ImportVbkm(node, hs::os::JoinPath(folder, name).c_str(), flag);
   return node;
 }
 
