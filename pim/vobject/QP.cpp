@@ -4,6 +4,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#define HS_QP_SSE2 1
+#endif
+
 namespace {
 
 // Value of an escape digit, or -1. Lower-case letters are deliberately not digits: phones that
@@ -18,35 +23,41 @@ struct HexTable {
 };
 constexpr HexTable kHex;
 
-// Per byte: up to four output bytes and how many of them count. A copied byte is itself; an
-// escaped byte is '=' and its upper-case hex value without leading zero. Bytes below 0x10 (other
-// than CR and LF) therefore get one digit and a NUL, which ends the text: length 0 marks them.
+// Per byte, packed in one word: up to three output bytes and, in the top byte, how many count.
+// A copied byte is itself; an escaped byte is '=' and its upper-case hex value without leading
+// zero. Bytes below 0x10 (other than CR and LF) therefore get one digit and a NUL, which ends
+// the text: count 0 marks them.
 struct EncodeTable {
-  char out[256][4];
-  uint8_t len[256];
-  constexpr EncodeTable() : out(), len() {
+  uint32_t e[256];
+  constexpr EncodeTable() : e() {
     const char digits[] = "0123456789ABCDEF";
-    for (int c = 0; c < 256; ++c) {
+    for (unsigned c = 0; c < 256; ++c) {
       bool copy = c == '\n' || c == '\r' || c == ' ' || (c >= 0x25 && c <= 0x3C) || c == 0x3E ||
                   c == 0x3F || (c >= 'A' && c <= 'Z') || c == '_' || (c >= 'a' && c <= 'z');
-      if (copy) {
-        out[c][0] = static_cast<char>(c);
-        len[c] = 1;
-      } else if (c >= 0x10) {
-        out[c][0] = '=';
-        out[c][1] = digits[c >> 4];
-        out[c][2] = digits[c & 15];
-        len[c] = 3;
-      } else {
-        out[c][0] = '=';
-        out[c][1] = digits[c];
-        out[c][2] = '\0';
-        len[c] = 0;
-      }
+      uint32_t b0 = copy ? c : uint32_t('=');
+      uint32_t b1 = copy ? 0 : c >= 0x10 ? uint32_t(digits[c >> 4]) : uint32_t(digits[c]);
+      uint32_t b2 = copy || c < 0x10 ? 0 : uint32_t(digits[c & 15]);
+      uint32_t len = copy ? 1 : c >= 0x10 ? 3 : 0;
+      e[c] = b0 | (b1 << 8) | (b2 << 16) | (len << 24);
     }
   }
 };
 constexpr EncodeTable kEnc;
+
+#if HS_QP_SSE2
+// 16 bytes at a time: a bit per byte that is NOT copied as it stands.
+inline unsigned EscapeMask(__m128i c) {
+  auto eq = [&](char v) { return _mm_cmpeq_epi8(c, _mm_set1_epi8(v)); };
+  auto range = [&](unsigned char lo, unsigned char hi) {
+    __m128i t = _mm_sub_epi8(c, _mm_set1_epi8(static_cast<char>(lo)));
+    return _mm_cmpeq_epi8(_mm_min_epu8(t, _mm_set1_epi8(static_cast<char>(hi - lo))), t);
+  };
+  __m128i copy = _mm_or_si128(_mm_or_si128(eq('\n'), eq('\r')), _mm_or_si128(eq(' '), eq('_')));
+  copy = _mm_or_si128(copy, _mm_or_si128(range(0x25, 0x3C), range(0x3E, 0x3F)));
+  copy = _mm_or_si128(copy, _mm_or_si128(range('A', 'Z'), range('a', 'z')));
+  return ~static_cast<unsigned>(_mm_movemask_epi8(copy)) & 0xFFFFu;
+}
+#endif
 
 }  // namespace
 
@@ -75,12 +86,31 @@ const char* CQP::Decode(const char* text) {
   char* out = m_pBuffer;
   size_t i = 0;
   while (i < n) {
-    const void* eq = std::memchr(in + i, '=', n - i);
-    size_t run = eq ? static_cast<size_t>(static_cast<const unsigned char*>(eq) - (in + i)) : n - i;
-    std::memcpy(out, in + i, run);
-    out += run;
-    i += run;
-    if (i >= n) break;
+#if HS_QP_SSE2
+    // The output never runs ahead of the input, so a full 16-byte store stays in the buffer.
+    if (n - i >= 16) {
+      __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+      unsigned m = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(c, _mm_set1_epi8('='))));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), c);
+      if (!m) {
+        out += 16;
+        i += 16;
+        continue;
+      }
+      unsigned k = static_cast<unsigned>(__builtin_ctz(m));
+      out += k;
+      i += k;
+    } else
+#endif
+    {
+      const void* eq = std::memchr(in + i, '=', n - i);
+      size_t run =
+          eq ? static_cast<size_t>(static_cast<const unsigned char*>(eq) - (in + i)) : n - i;
+      std::memcpy(out, in + i, run);
+      out += run;
+      i += run;
+      if (i >= n) break;
+    }
     // Escapes often come in a row; stay in this loop while they do.
     while (i < n && in[i] == '=') {
       if (n - i < 3) {
@@ -112,14 +142,43 @@ const char* CQP::Encode(const char* text) {
   if (!_Reserve(3 * n + 4)) return nullptr;
   const unsigned char* in = reinterpret_cast<const unsigned char*>(text);
   char* out = m_pBuffer;
-  for (size_t i = 0; i < n; ++i) {
-    const unsigned char c = in[i];
-    std::memcpy(out, kEnc.out[c], 4);
-    if (kEnc.len[c] == 0) {
-      out += 2;
-      break;
+  size_t i = 0;
+  while (i < n) {
+    size_t end = n;
+#if HS_QP_SSE2
+    // At most three output bytes per input byte so far: a 16-byte store fits in 3 * n + 4.
+    if (n - i >= 16) {
+      __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+      unsigned m = EscapeMask(c);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), c);
+      if (!m) {
+        out += 16;
+        i += 16;
+        continue;
+      }
+      // The clean bytes before the first escape are in place; the rest of the block goes byte
+      // by byte.
+      unsigned k = static_cast<unsigned>(__builtin_ctz(m));
+      end = i + 16;
+      out += k;
+      i += k;
     }
-    out += kEnc.len[c];
+#endif
+    for (; i < end; ++i) {
+      // One table word per byte, stored whole and advanced by its count.
+      const uint32_t e = kEnc.e[in[i]];
+      const unsigned char bytes[4] = {static_cast<unsigned char>(e),
+                                      static_cast<unsigned char>(e >> 8),
+                                      static_cast<unsigned char>(e >> 16), 0};
+      std::memcpy(out, bytes, 4);
+      if ((e >> 24) == 0) {
+        out += 2;
+        *out = '\0';
+        m_nLength = static_cast<size_t>(out - m_pBuffer);
+        return m_pBuffer;
+      }
+      out += e >> 24;
+    }
   }
   *out = '\0';
   m_nLength = static_cast<size_t>(out - m_pBuffer);
