@@ -17,8 +17,8 @@ namespace {
 const size_t kQpBytes = 64u << 20;
 
 // Mail-like text in a Western European language: mostly letters and spaces, 2 % punctuation
-// that needs escaping, 1 % two-byte UTF-8 letters, CRLF every 60-80 bytes. No control bytes other than CR and LF, which would end an
-// encoded text.
+// that needs escaping, 1 % two-byte UTF-8 letters, CRLF every 60-80 bytes. No control bytes other
+// than CR and LF, which would end an encoded text.
 const std::string& PlainText() {
   static const std::string text = [] {
     std::string s;

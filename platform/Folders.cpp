@@ -71,7 +71,8 @@ std::vector<std::string> ListFolder(const char* folder, bool folders) {
     std::error_code ec2;
     bool isDir = it->is_directory(ec2);
     bool isFile = it->is_regular_file(ec2);
-    if ((folders && isDir) || (!folders && isFile)) names.push_back(it->path().filename().u8string());
+    if ((folders && isDir) || (!folders && isFile))
+      names.push_back(it->path().filename().u8string());
   }
   std::sort(names.begin(), names.end());
   return names;

@@ -36,8 +36,8 @@ bool BuildNode(const hs::cli::JsonValue& v, CBkmkObj* node, std::string* error, 
   const hs::cli::JsonValue* url = v.Find("url");
   const hs::cli::JsonValue* children = v.Find("children");
   std::string kind = type && type->type == hs::cli::JsonValue::String ? type->str
-                     : url                                           ? "bookmark"
-                                                                     : "folder";
+                     : url                                            ? "bookmark"
+                                                                      : "folder";
   if (kind != "folder" && kind != "bookmark")
     return *error = "unknown node type \"" + kind + "\"", false;
   node->SetTitle(title && title->type == hs::cli::JsonValue::String ? title->str.c_str() : "");
@@ -56,7 +56,11 @@ bool BuildNode(const hs::cli::JsonValue& v, CBkmkObj* node, std::string* error, 
 
 void WriteNode(const CBkmkObj& n, hs::cli::Json& j) {
   bool folder = n.m_enBkmkType == OBJECT_TYPE_FOLDER;
-  j.BeginObject().Key("title").String(n.m_strTitle).Key("type").String(folder ? "folder" : "bookmark");
+  j.BeginObject()
+      .Key("title")
+      .String(n.m_strTitle)
+      .Key("type")
+      .String(folder ? "folder" : "bookmark");
   if (!folder) j.Key("url").String(n.m_strURL);
   if (folder) {
     j.Key("children").BeginArray();

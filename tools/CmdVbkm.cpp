@@ -82,8 +82,8 @@ int Show(const hs::cli::Args& a) {
   const char* dialect = nullptr;
   std::string firstError;
   for (int pass = 0; pass < 2 && !dialect; ++pass) {
-    std::unique_ptr<CVbkm> c = pass == 0 ? std::unique_ptr<CVbkm>(new COemPanaVbkm)
-                                         : std::make_unique<CVbkm>();
+    std::unique_ptr<CVbkm> c =
+        pass == 0 ? std::unique_ptr<CVbkm>(new COemPanaVbkm) : std::make_unique<CVbkm>();
     std::string copy = text;
     CString err;
     if (c->Parsing(&copy[0], &err)) {

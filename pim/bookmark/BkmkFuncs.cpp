@@ -108,9 +108,13 @@ CBkmkObj* ImportFolder(CBkmkObj* parent, const std::string& folder, int flag, in
 
 }  // namespace
 
-bool _BKMK_IsPathExist(const char* path) { return hs::os::PathExists(path); }
+bool _BKMK_IsPathExist(const char* path) {
+  return hs::os::PathExists(path);
+}
 
-bool _BKMK_CreatePathFolder(const char* path) { return hs::os::CreateFolders(path); }
+bool _BKMK_CreatePathFolder(const char* path) {
+  return hs::os::CreateFolders(path);
+}
 
 void _BKMK_SetSelectFolderProc(BKMK_SELECTFOLDER_PROC proc, void* context) {
   g_selectFolderProc = proc;

@@ -2,7 +2,9 @@
 
 namespace {
 
-CString Key(const char* prefix, const char* name) { return CString(prefix ? prefix : "") + name; }
+CString Key(const char* prefix, const char* name) {
+  return CString(prefix ? prefix : "") + name;
+}
 
 }  // namespace
 

@@ -2,7 +2,9 @@
 
 namespace {
 
-CString Key(const char* prefix, const char* name) { return CString(prefix ? prefix : "") + name; }
+CString Key(const char* prefix, const char* name) {
+  return CString(prefix ? prefix : "") + name;
+}
 
 // Reads a text key into `out` cut to `capacity - 1` bytes; absent keys leave `out` alone.
 template <size_t N>
@@ -20,9 +22,13 @@ CBkmkObj::CBkmkObj(const char* handle, const char* title, OBJECT_TYPE type)
   SetTitle(title);
 }
 
-CBkmkObj::~CBkmkObj() { delete m_pGenCap; }
+CBkmkObj::~CBkmkObj() {
+  delete m_pGenCap;
+}
 
-CBkmkObj::CBkmkObj(const CBkmkObj& other) : CMediaDir(other) { _CopyFields(other); }
+CBkmkObj::CBkmkObj(const CBkmkObj& other) : CMediaDir(other) {
+  _CopyFields(other);
+}
 
 CBkmkObj& CBkmkObj::operator=(const CBkmkObj& other) {
   if (this != &other) {
@@ -45,8 +51,8 @@ void CBkmkObj::_CopyFields(const CBkmkObj& other) {
 }
 
 bool CBkmkObj::operator==(const CBkmkObj& o) const {
-  bool capsEqual = (!m_pGenCap && !o.m_pGenCap) ||
-                   (m_pGenCap && o.m_pGenCap && *m_pGenCap == *o.m_pGenCap);
+  bool capsEqual =
+      (!m_pGenCap && !o.m_pGenCap) || (m_pGenCap && o.m_pGenCap && *m_pGenCap == *o.m_pGenCap);
   return m_strDirName == o.m_strDirName && m_strHandle == o.m_strHandle &&
          m_strTitle == o.m_strTitle && m_strURL == o.m_strURL && m_enBkmkType == o.m_enBkmkType &&
          capsEqual && m_nCustImgNormal == o.m_nCustImgNormal &&
@@ -58,7 +64,9 @@ bool CBkmkObj::IsFileEqual(const CBkmkObj& o) const {
   return m_enBkmkType == o.m_enBkmkType && m_strTitle == o.m_strTitle && m_strURL == o.m_strURL;
 }
 
-CBkmkObj* CBkmkObj::Clone() const { return new CBkmkObj(*this); }
+CBkmkObj* CBkmkObj::Clone() const {
+  return new CBkmkObj(*this);
+}
 
 CBkmkObj* CBkmkObj::DuplicateBkmkObj() const {
   CBkmkObj* copy = Clone();
@@ -166,7 +174,8 @@ int CBkmkObj::_UnpackSelf(const char* prefix, const CUnpackageBlk& blk) {
   CopyText<kMaxTitle>(blk, Key(prefix, "m_strTitle"), &m_strTitle);
   CopyText<kMaxURL>(blk, Key(prefix, "m_strURL"), &m_strURL);
   int32_t v = 0;
-  if (blk.GetInt(Key(prefix, "m_enBkmkType").c_str(), &v)) m_enBkmkType = static_cast<OBJECT_TYPE>(v);
+  if (blk.GetInt(Key(prefix, "m_enBkmkType").c_str(), &v))
+    m_enBkmkType = static_cast<OBJECT_TYPE>(v);
   int32_t hasCap = 0;
   if (blk.GetInt(Key(prefix, "m_pGenCap").c_str(), &hasCap) && hasCap) {
     CBkmkGenCap cap;

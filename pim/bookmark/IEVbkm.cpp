@@ -54,4 +54,6 @@ bool CIEVbkm::Parsing(char* text, CString* name) {
   return true;
 }
 
-void CIEVbkm::_CreateEmptySample(CStringList& lines) { hs::vbkm::OemSample(lines); }
+void CIEVbkm::_CreateEmptySample(CStringList& lines) {
+  hs::vbkm::OemSample(lines);
+}

@@ -2,8 +2,7 @@
 
 #include "pim/bookmark/VbkmSample.h"
 
-COemPanaVbkm::COemPanaVbkm(const _FormalDef* formal)
-    : CVbkm(formal ? formal : g_oemVbkmFormalDef) {
+COemPanaVbkm::COemPanaVbkm(const _FormalDef* formal) : CVbkm(formal ? formal : g_oemVbkmFormalDef) {
   AddPropValDef("<browser-type>", "FULL");
 }
 
@@ -16,4 +15,6 @@ bool COemPanaVbkm::_ComposeProperty(CProperty* prop, CStringList& lines) {
   return CVbkm::_ComposeProperty(prop, lines);
 }
 
-void COemPanaVbkm::_CreateEmptySample(CStringList& lines) { hs::vbkm::OemSample(lines); }
+void COemPanaVbkm::_CreateEmptySample(CStringList& lines) {
+  hs::vbkm::OemSample(lines);
+}

@@ -1,6 +1,7 @@
 #include "handset/pim/Vbkm.h"
 
-#define VBKM_END_ROW {nullptr, nullptr, nullptr, nullptr, VOBJ_ROW_OPTIONAL}
+#define VBKM_END_ROW \
+  { nullptr, nullptr, nullptr, nullptr, VOBJ_ROW_OPTIONAL }
 
 const _FormalDef g_vbkmEnvFormalDef[] = {
     {"BEGIN:ENV", "", "", nullptr, VOBJ_ROW_MANDATORY},
@@ -49,8 +50,8 @@ bool CVbkm::CreateEmptyProperties() {
 }
 
 void CVbkm::_CreateEmptySample(CStringList& lines) {
-  for (const char* l : {"BEGIN:VBKM", "VERSION:1.0", "URL:", "TITLE:", "BEGIN:ENV",
-                        "X-IRMC-URL;ENCODING=QUOTED-PRINTABLE:[InternetShortcut]URL=", "END:ENV",
-                        "END:VBKM"})
+  for (const char* l :
+       {"BEGIN:VBKM", "VERSION:1.0", "URL:", "TITLE:", "BEGIN:ENV",
+        "X-IRMC-URL;ENCODING=QUOTED-PRINTABLE:[InternetShortcut]URL=", "END:ENV", "END:VBKM"})
     lines.AddTail(l);
 }

@@ -5,7 +5,9 @@
 
 namespace {
 
-CString Key(const char* prefix, const char* name) { return CString(prefix ? prefix : "") + name; }
+CString Key(const char* prefix, const char* name) {
+  return CString(prefix ? prefix : "") + name;
+}
 
 CString ChildPrefix(const char* prefix, int index) {
   CString s;
@@ -15,7 +17,9 @@ CString ChildPrefix(const char* prefix, int index) {
 
 }  // namespace
 
-CMediaDir::~CMediaDir() { RemoveAllChildren(); }
+CMediaDir::~CMediaDir() {
+  RemoveAllChildren();
+}
 
 CMediaDir& CMediaDir::operator=(const CMediaDir& other) {
   m_strDirName = other.m_strDirName;

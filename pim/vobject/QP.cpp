@@ -61,7 +61,9 @@ inline unsigned EscapeMask(__m128i c) {
 
 }  // namespace
 
-CQP::~CQP() { std::free(m_pBuffer); }
+CQP::~CQP() {
+  std::free(m_pBuffer);
+}
 
 void CQP::_Reset() {
   // The storage is kept for the next result; only the text is given up.

@@ -6,7 +6,9 @@
 
 namespace {
 
-bool IsFormalDefEmpty(const _FormalDef& row) { return !row.name && !row.value && !row.sub; }
+bool IsFormalDefEmpty(const _FormalDef& row) {
+  return !row.name && !row.value && !row.sub;
+}
 
 size_t RowCount(const _FormalDef* formal) {
   size_t n = 0;
@@ -15,19 +17,21 @@ size_t RowCount(const _FormalDef* formal) {
 }
 
 bool StartsWith(const CString& line, const char* prefix) {
-  size_t n = std::strlen(prefix);
-  return line.size() >= n && line.compare(0, n, prefix) == 0;
+  const char* p = line.c_str();
+  while (*prefix && *p == *prefix) ++p, ++prefix;
+  return *prefix == '\0';
 }
 
 // Splits at every CR and LF; empty lines (including the one between CR and LF) are dropped.
 void SplitLines(const CString& text, CStringList& lines) {
-  size_t pos = 0;
-  const size_t n = text.size();
-  while (pos < n) {
-    size_t end = text.find_first_of("\r\n", pos);
-    if (end == CString::npos) end = n;
-    if (end > pos) lines.emplace_back(text, pos, end - pos);
-    pos = end + 1;
+  const char* p = text.data();
+  const char* end = p + text.size();
+  lines.reserve(16);
+  while (p < end) {
+    const char* q = p;
+    while (q < end && *q != '\r' && *q != '\n') ++q;
+    if (q > p) lines.emplace_back(p, static_cast<size_t>(q - p));
+    p = q + 1;
   }
 }
 
@@ -40,7 +44,9 @@ CVObjLite::~CVObjLite() {
   _FreePropVals();
 }
 
-CVObjLite::CVObjLite(const CVObjLite& other) : m_pFormal(other.m_pFormal) { _CopyFrom(other); }
+CVObjLite::CVObjLite(const CVObjLite& other) : m_pFormal(other.m_pFormal) {
+  _CopyFrom(other);
+}
 
 CVObjLite& CVObjLite::operator=(const CVObjLite& other) {
   if (this != &other) {
@@ -206,15 +212,23 @@ bool CVObjLite::ParseString(CStringList& lines, CPropertyList& props, const _For
   struct Impl {
     static bool Run(CVObjLite& self, ParseState& st, CPropertyList& props, const _FormalDef* formal,
                     int depth) {
-      if (st.cur >= st.lines.size() || !formal || IsFormalDefEmpty(formal[0]) ||
-          !formal[0].name || !StartsWith(st.lines[st.cur], formal[0].name)) {
+      if (st.cur >= st.lines.size() || !formal || IsFormalDefEmpty(formal[0]) || !formal[0].name ||
+          !StartsWith(st.lines[st.cur], formal[0].name)) {
         self.m_nErrorCode = -1;
         return false;
       }
       const size_t rows = RowCount(formal);
-      std::vector<bool> seen(rows);
+      bool fixedSeen[32];
+      std::vector<bool> moreSeen(rows > 32 ? rows : 0);
+      auto seenAt = [&](size_t r) -> bool { return rows > 32 ? moreSeen[r] : fixedSeen[r]; };
+      auto setSeen = [&](size_t r, bool v) {
+        if (rows > 32)
+          moreSeen[r] = v;
+        else
+          fixedSeen[r] = v;
+      };
       for (size_t r = 0; r < rows; ++r)
-        seen[r] = !(formal[r].type == VOBJ_ROW_MANDATORY || formal[r].type == VOBJ_ROW_CLOSING);
+        setSeen(r, !(formal[r].type == VOBJ_ROW_MANDATORY || formal[r].type == VOBJ_ROW_CLOSING));
       bool ok = true;
       while (st.cur < st.lines.size()) {
         const CString& line = st.lines[st.cur];
@@ -253,11 +267,11 @@ bool CVObjLite::ParseString(CStringList& lines, CPropertyList& props, const _For
           ok = false;
           continue;
         }
-        seen[matched] = true;
+        setSeen(matched, true);
         if (formal[matched].type == VOBJ_ROW_CLOSING) break;
       }
       for (size_t r = 0; r < rows; ++r) {
-        if (!seen[r]) {
+        if (!seenAt(r)) {
           self.m_nErrorCode = -1 - static_cast<int>(r);
           return false;
         }
@@ -296,7 +310,8 @@ bool CVObjLite::_ComposeProperty(CProperty* prop, CStringList& lines) {
     if (!d) return false;
     value = d->value.c_str();
   }
-  const char* sep = prop->m_pFormal && prop->m_pFormal->separator ? prop->m_pFormal->separator : ":";
+  const char* sep =
+      prop->m_pFormal && prop->m_pFormal->separator ? prop->m_pFormal->separator : ":";
   CString line = prop->m_strName;
   if (!*sep) {
     lines.AddTail(line);

@@ -14,7 +14,9 @@ bool CopiedAsIs(unsigned char c) {
          c == '_' || (c >= 'a' && c <= 'z');
 }
 
-bool IsUpperHex(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); }
+bool IsUpperHex(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
+}
 
 // True when every '=' starts a complete upper-case escape: only then is the text surely encoded
 // (a bare URL such as "?a=1" must not lose its '=').
@@ -66,11 +68,10 @@ CString ExtractShortcutUrl(const CString& raw, bool quotedPrintable) {
     }
   }
   if (StartsWith(raw, pos, "URL=")) pos += 4;
-  size_t end = raw.size();
-  for (const char* stop : {"=0D", "=0A", "\r", "\n"}) {
-    size_t e = raw.find(stop, pos);
-    if (e != CString::npos && e < end) end = e;
-  }
+  size_t end = pos;
+  while (end < raw.size() && raw[end] != '\r' && raw[end] != '\n' &&
+         !(raw[end] == '=' && (StartsWith(raw, end, "=0D") || StartsWith(raw, end, "=0A"))))
+    ++end;
   CString url = raw.substr(pos, end - pos);
   if (quotedPrintable && url.find('=') != CString::npos && LooksEncoded(url)) {
     CQP qp;

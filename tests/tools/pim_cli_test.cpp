@@ -10,7 +10,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string Cli() { return hs::test::CliPath(); }
+std::string Cli() {
+  return hs::test::CliPath();
+}
 
 int RunCli(const std::string& args, std::string* out) {
   return hs::test::RunCommand(Cli() + " " + args, out);
@@ -52,8 +54,8 @@ TEST(VbkmCli, NewIsReadByAnIndependentReader) {
     std::string file = dir + "/" + std::to_string(n++) + ".vbm";
     std::string out;
     ASSERT_EQ(RunCli(std::string("vbkm new --dialect ") + c.dialect + " --title '" + c.title +
-                      "' --url '" + c.url + "' -o " + file,
-                  &out),
+                         "' --url '" + c.url + "' -o " + file,
+                     &out),
               0);
     std::string py =
         "/usr/bin/python3 -c \"import sys, vobject\n"

@@ -55,8 +55,8 @@ enum : int32_t {
 
 /// A parameter of a property line.
 struct HANDSET_API VOBJ_PARAM {
-  int32_t kind;    ///< VOBJ_PARAM_*
-  CString value;   ///< text after '=' (for VOBJ_PARAM_OTHER the whole parameter text)
+  int32_t kind;   ///< VOBJ_PARAM_*
+  CString value;  ///< text after '=' (for VOBJ_PARAM_OTHER the whole parameter text)
 };
 
 class CProperty;
@@ -164,7 +164,7 @@ class HANDSET_API CVObjLite {
   CProperty* _FindProperty(CPropertyList& props, const char* name);
 
   const _FormalDef* m_pFormal;
-  CPropertyList m_props;  ///< owned
+  CPropertyList m_props;    ///< owned
   CPropValList m_propVals;  ///< owned
   int m_nErrorCode = 0;
   CStringList m_setAside;

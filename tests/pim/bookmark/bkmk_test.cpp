@@ -67,7 +67,10 @@ TEST(BkmkExport, LegalAndUniqueFileNames) {
   CBkmkObj* sub = AddFolder(&root, "Sub");
   AddBookmark(sub, "x", "http://x");
   // Mail.vbm and the folder Sub are there before the export.
-  { std::FILE* f = std::fopen((dir + "/Mail.vbm").c_str(), "wb"); std::fclose(f); }
+  {
+    std::FILE* f = std::fopen((dir + "/Mail.vbm").c_str(), "wb");
+    std::fclose(f);
+  }
   fs::create_directory(dir + "/Sub");
   CStringList written;
   ASSERT_EQ(_BKMK_ExportVbkm(&root, dir.c_str(), BKMK_FLAG_NONE, &written), 1);

@@ -5,10 +5,10 @@
 #include <sstream>
 #include <string>
 
-#include "tests/TestUtil.h"
 #include "handset/pim/IEVbkm.h"
 #include "handset/pim/OemPanaVbkm.h"
 #include "handset/pim/Vbkm.h"
+#include "tests/TestUtil.h"
 
 namespace {
 
@@ -30,11 +30,12 @@ TEST(Vbkm, GenericSampleSharesTheUrlWithTheShortcut) {
   ASSERT_NE(v.SetPropTableValue("URL", "http://example.com/?a=b"), nullptr);
   ASSERT_NE(v.SetPropTableValue("TITLE", "Example"), nullptr);
   EXPECT_STREQ(v.GetPropTableValue("X-IRMC-URL"), "http://example.com/?a=b");
-  EXPECT_EQ(Compose(v),
-            "BEGIN:VBKM\r\nVERSION:1.0\r\nURL:http://example.com/?a=b\r\nTITLE:Example\r\n"
-            "BEGIN:ENV\r\n"
-            "X-IRMC-URL;ENCODING=QUOTED-PRINTABLE:[InternetShortcut]URL=http://example.com/?a=3Db\r\n"
-            "END:ENV\r\nEND:VBKM\r\n");
+  EXPECT_EQ(
+      Compose(v),
+      "BEGIN:VBKM\r\nVERSION:1.0\r\nURL:http://example.com/?a=b\r\nTITLE:Example\r\n"
+      "BEGIN:ENV\r\n"
+      "X-IRMC-URL;ENCODING=QUOTED-PRINTABLE:[InternetShortcut]URL=http://example.com/?a=3Db\r\n"
+      "END:ENV\r\nEND:VBKM\r\n");
   // What it writes it reads back.
   std::string text = Compose(v);
   CVbkm back;
@@ -98,8 +99,9 @@ TEST(IEVbkm, ExtractFilename) {
 }
 
 TEST(IEVbkm, ReadsAShortcutThroughTheIniReader) {
-  std::string text = "[{000214A0-0000-0000-C000-000000000046}]\r\nProp3=19,2\r\n"
-                     "[InternetShortcut]\r\nIDList=\r\nURL=https://example.org/a?b=c\r\n";
+  std::string text =
+      "[{000214A0-0000-0000-C000-000000000046}]\r\nProp3=19,2\r\n"
+      "[InternetShortcut]\r\nIDList=\r\nURL=https://example.org/a?b=c\r\n";
   CIEVbkm v;
   EXPECT_STREQ(v.GetPropTableValue("X-S-BROWSERTYPE"), nullptr);
   ASSERT_TRUE(v.CreateEmptyProperties());

@@ -71,7 +71,8 @@ TEST(QpDecode, RandomInputStaysInBounds) {
   const char alphabet[] = "=\r\n0123456789ABCDEFabcdefXYZ \t";
   for (int round = 0; round < 3000; ++round) {
     std::string s(static_cast<size_t>(rng() % 40), ' ');
-    for (char& c : s) c = rng() % 4 ? alphabet[rng() % (sizeof(alphabet) - 1)] : char(rng() % 255 + 1);
+    for (char& c : s)
+      c = rng() % 4 ? alphabet[rng() % (sizeof(alphabet) - 1)] : char(rng() % 255 + 1);
     const char* r = qp.Decode(s.c_str());
     if (r) {
       ASSERT_LE(std::strlen(r), s.size());

@@ -57,7 +57,7 @@ TEST(VObjParse, MandatoryRowsSetAsideLinesAndTrailingLines) {
 
   CTestObj missing(kNote);
   EXPECT_FALSE(missing.Parse("BEGIN:VNOTE\nX-TAG:a\nEND:VNOTE\n"));
-  EXPECT_EQ(missing.GetErrorCode(), -2);  // row 1 (BODY)
+  EXPECT_EQ(missing.GetErrorCode(), -2);                  // row 1 (BODY)
   EXPECT_STREQ(missing.GetPropTableValue("X-TAG"), "a");  // built properties stay
 
   CTestObj noEnd(kNote);
@@ -106,14 +106,16 @@ TEST(VObjParse, NestedObjectsAndPlaceholderBindings) {
 
 TEST(VObjParse, QuotedPrintableFoldedOverThreeLinesIsOneValue) {
   CTestObj o(kNote);
-  ASSERT_TRUE(o.Parse("BEGIN:VNOTE\r\nBODY;ENCODING=QUOTED-PRINTABLE:one=\r\n two=\r\n=41\r\n"
-                      "END:VNOTE\r\n"))
+  ASSERT_TRUE(
+      o.Parse("BEGIN:VNOTE\r\nBODY;ENCODING=QUOTED-PRINTABLE:one=\r\n two=\r\n=41\r\n"
+              "END:VNOTE\r\n"))
       << o.error;
   EXPECT_STREQ(o.GetPropTableValue("BODY"), "one twoA");
   // Composed back on one line, encoded again.
   EXPECT_EQ(o.Compose(), "BEGIN:VNOTE\r\nBODY;ENCODING=QUOTED-PRINTABLE:one twoA\r\nEND:VNOTE\r\n");
   CTestObj bare(kNote);
-  ASSERT_TRUE(bare.Parse("BEGIN:VNOTE\nBODY;CHARSET=UTF-8;QUOTED-PRINTABLE:a=3Db=\nc\nEND:VNOTE\n"));
+  ASSERT_TRUE(
+      bare.Parse("BEGIN:VNOTE\nBODY;CHARSET=UTF-8;QUOTED-PRINTABLE:a=3Db=\nc\nEND:VNOTE\n"));
   EXPECT_STREQ(bare.GetPropTableValue("BODY"), "a=bc");
 }
 
