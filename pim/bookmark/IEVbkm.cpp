@@ -26,6 +26,7 @@ bool CIEVbkm::ParseString(CStringList& lines, CPropertyList& props, const _Forma
 
 bool CIEVbkm::Parsing(char* text, CString* name) {
   if (!text) return false;
+  m_bSampleDue = false;
   // The shortcut is read with the system's INI reader, which only reads files.
   std::string path = hs::os::TempFileName(hs::os::TempPath(), "QVv");
   if (path.empty()) return false;

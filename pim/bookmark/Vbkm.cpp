@@ -42,11 +42,36 @@ const _FormalDef g_oemVbkmFormalDef[] = {
 CVbkm::CVbkm(const _FormalDef* formal) : CVObjLite(formal ? formal : g_vbkmFormalDef) {}
 
 bool CVbkm::CreateEmptyProperties() {
+  m_bSampleDue = false;
   RemoveAllProperties();
   m_setAside.RemoveAll();
   CStringList lines;
   _CreateEmptySample(lines);
   return ParseString(lines, m_props, m_pFormal);
+}
+
+void CVbkm::_EnsureSample() {
+  if (m_bSampleDue) CreateEmptyProperties();
+}
+
+bool CVbkm::Parsing(char* text, CString* error) {
+  m_bSampleDue = false;
+  return CVObjLite::Parsing(text, error);
+}
+
+bool CVbkm::Composing(char*& buffer, int& size) {
+  _EnsureSample();
+  return CVObjLite::Composing(buffer, size);
+}
+
+const char* CVbkm::GetPropTableValue(const char* name) {
+  _EnsureSample();
+  return CVObjLite::GetPropTableValue(name);
+}
+
+const char* CVbkm::SetPropTableValue(const char* name, const char* value) {
+  _EnsureSample();
+  return CVObjLite::SetPropTableValue(name, value);
 }
 
 void CVbkm::_CreateEmptySample(CStringList& lines) {

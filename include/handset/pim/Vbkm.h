@@ -14,11 +14,21 @@ HANDSET_API extern const _FormalDef g_oemVbkmEnvFormalDef[];  ///< its BEGIN:ENV
 /// "X-IRMC-URL"; in this dialect URL and X-IRMC-URL share one value.
 class HANDSET_API CVbkm : public CVObjLite {
  public:
-  /// `formal` null selects the generic template.
+  /// `formal` null selects the generic template. The object starts with the empty sample's
+  /// properties (TITLE and URL empty, VERSION "1.0"); they are built on first use, so objects
+  /// that are parsed at once never build them.
   explicit CVbkm(const _FormalDef* formal = nullptr);
   /// Discards the properties and builds them from the sample; returns the parse result.
   bool CreateEmptyProperties() override;
+  bool Parsing(char* text, CString* error) override;
+  bool Composing(char*& buffer, int& size) override;
+  const char* GetPropTableValue(const char* name) override;
+  const char* SetPropTableValue(const char* name, const char* value) override;
 
  protected:
   void _CreateEmptySample(CStringList& lines) override;
+  /// Builds the sample properties when they are still due.
+  void _EnsureSample();
+
+  bool m_bSampleDue = true;
 };

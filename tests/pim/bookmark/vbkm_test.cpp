@@ -48,8 +48,6 @@ TEST(Vbkm, GenericSampleSharesTheUrlWithTheShortcut) {
 
 TEST(Vbkm, OemDialectWritesNineLinesAndTheTitleParameters) {
   COemPanaVbkm v;
-  EXPECT_STREQ(v.GetPropTableValue("X-S-BROWSERTYPE"), nullptr);  // no properties yet
-  ASSERT_TRUE(v.CreateEmptyProperties());
   EXPECT_STREQ(v.GetPropTableValue("X-S-BROWSERTYPE"), "FULL");
   v.SetPropTableValue("TITLE", "A=B");
   v.SetPropTableValue("URL", "http://x.jp/");
@@ -103,8 +101,6 @@ TEST(IEVbkm, ReadsAShortcutThroughTheIniReader) {
       "[{000214A0-0000-0000-C000-000000000046}]\r\nProp3=19,2\r\n"
       "[InternetShortcut]\r\nIDList=\r\nURL=https://example.org/a?b=c\r\n";
   CIEVbkm v;
-  EXPECT_STREQ(v.GetPropTableValue("X-S-BROWSERTYPE"), nullptr);
-  ASSERT_TRUE(v.CreateEmptyProperties());
   EXPECT_STREQ(v.GetPropTableValue("X-S-BROWSERTYPE"), "FULL");
   CString name = "My Site.url";
   ASSERT_TRUE(v.Parsing(&text[0], &name));
