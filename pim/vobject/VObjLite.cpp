@@ -62,6 +62,7 @@ void CVObjLite::_CopyFrom(const CVObjLite& other) {
   for (CProperty* p : other.m_props) m_props.AddTail(new CProperty(*p));
   for (_PropValDef* d : other.m_propVals) m_propVals.AddTail(new _PropValDef(*d));
   m_nErrorCode = other.m_nErrorCode;
+  m_pErrorFormal = other.m_pErrorFormal;
   m_setAside = other.m_setAside;
 }
 
@@ -182,11 +183,9 @@ bool CVObjLite::Parsing(char* text, CString* error) {
   RemoveAllProperties();
   bool ok = ParseString(lines, m_props, m_pFormal);
   if (!ok && error) {
-    if (m_nErrorCode < 0 && m_pFormal) {
-      size_t row = static_cast<size_t>(-1 - m_nErrorCode);
-      error->Format("line \"%s\" missing", m_pFormal[row].name && *m_pFormal[row].name
-                                               ? m_pFormal[row].name
-                                               : "BEGIN of a nested object");
+    if (m_nErrorCode < 0 && m_pErrorFormal) {
+      const _FormalDef& row = m_pErrorFormal[-1 - m_nErrorCode];
+      error->Format("line \"%s\" missing", row.name && *row.name ? row.name : "(nested object)");
     } else if (!m_setAside.IsEmpty()) {
       error->Format("%d line(s) not recognised, first: \"%.60s\"", m_setAside.GetCount(),
                     m_setAside.GetAt(0).c_str());
@@ -209,12 +208,14 @@ struct ParseState {
 
 bool CVObjLite::ParseString(CStringList& lines, CPropertyList& props, const _FormalDef* formal) {
   m_nErrorCode = 0;
+  m_pErrorFormal = nullptr;
   struct Impl {
     static bool Run(CVObjLite& self, ParseState& st, CPropertyList& props, const _FormalDef* formal,
                     int depth) {
       if (st.cur >= st.lines.size() || !formal || IsFormalDefEmpty(formal[0]) || !formal[0].name ||
           !StartsWith(st.lines[st.cur], formal[0].name)) {
         self.m_nErrorCode = -1;
+        self.m_pErrorFormal = formal;
         return false;
       }
       const size_t rows = RowCount(formal);
@@ -273,6 +274,7 @@ bool CVObjLite::ParseString(CStringList& lines, CPropertyList& props, const _For
       for (size_t r = 0; r < rows; ++r) {
         if (!seenAt(r)) {
           self.m_nErrorCode = -1 - static_cast<int>(r);
+          self.m_pErrorFormal = formal;
           return false;
         }
       }

@@ -167,6 +167,7 @@ class HANDSET_API CVObjLite {
   CPropertyList m_props;    ///< owned
   CPropValList m_propVals;  ///< owned
   int m_nErrorCode = 0;
+  const _FormalDef* m_pErrorFormal = nullptr;  ///< template the error code indexes
   CStringList m_setAside;
 
  private:
