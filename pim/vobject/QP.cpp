@@ -89,8 +89,9 @@ const char* CQP::Decode(const char* text) {
   size_t i = 0;
   while (i < n) {
 #if HS_QP_SSE2
-    // The output never runs ahead of the input, so a full 16-byte store stays in the buffer.
-    if (n - i >= 16) {
+    // The output never runs ahead of the input, so 16-byte stores stay in the buffer; with 32
+    // bytes left, every load and escape below stays inside the text.
+    if (n - i >= 32) {
       __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
       unsigned m = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(c, _mm_set1_epi8('='))));
       _mm_storeu_si128(reinterpret_cast<__m128i*>(out), c);
@@ -99,10 +100,35 @@ const char* CQP::Decode(const char* text) {
         i += 16;
         continue;
       }
-      unsigned k = static_cast<unsigned>(__builtin_ctz(m));
-      out += k;
-      i += k;
-    } else
+      // Each '=' of the block in turn: the clean run before it, then the escape.
+      const size_t base = i;
+      unsigned prev = 0;
+      while (m) {
+        const unsigned k = static_cast<unsigned>(__builtin_ctz(m));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + base + prev)));
+        out += k - prev;
+        const unsigned char* p = in + base + k;
+        int hi = kHex.v[p[1]], lo = kHex.v[p[2]];
+        if ((hi | lo) >= 0) {
+          *out++ = static_cast<char>((hi << 4) | lo);
+          prev = k + 3;
+        } else if (p[1] == '\r' && p[2] == '\n') {
+          prev = k + 3;
+        } else {
+          prev = k + 1;
+        }
+        m &= prev >= 16 ? 0u : ~((1u << prev) - 1u);
+      }
+      if (prev < 16) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + base + prev)));
+        out += 16 - prev;
+        prev = 16;
+      }
+      i = base + prev;
+      continue;
+    }
 #endif
     {
       const void* eq = std::memchr(in + i, '=', n - i);
@@ -148,8 +174,9 @@ const char* CQP::Encode(const char* text) {
   while (i < n) {
     size_t end = n;
 #if HS_QP_SSE2
-    // At most three output bytes per input byte so far: a 16-byte store fits in 3 * n + 4.
-    if (n - i >= 16) {
+    // At most three output bytes per input byte so far, so 16-byte stores fit in 3 * n + 4;
+    // with 32 bytes left, every load below stays inside the text.
+    if (n - i >= 32) {
       __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
       unsigned m = EscapeMask(c);
       _mm_storeu_si128(reinterpret_cast<__m128i*>(out), c);
@@ -158,21 +185,44 @@ const char* CQP::Encode(const char* text) {
         i += 16;
         continue;
       }
-      // The clean bytes before the first escape are in place; the rest of the block goes byte
-      // by byte.
-      unsigned k = static_cast<unsigned>(__builtin_ctz(m));
-      end = i + 16;
-      out += k;
-      i += k;
+      // Each escaped byte of the block in turn: the clean run before it, then its table word.
+      unsigned prev = 0;
+      while (m) {
+        const unsigned k = static_cast<unsigned>(__builtin_ctz(m));
+        m &= m - 1;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i + prev)));
+        out += k - prev;
+        const uint32_t e = kEnc.e[in[i + k]];
+        std::memcpy(out, &e, 4);
+        if ((e >> 24) == 0) {
+          out += 2;
+          *out = '\0';
+          m_nLength = static_cast<size_t>(out - m_pBuffer);
+          return m_pBuffer;
+        }
+        out += e >> 24;
+        prev = k + 1;
+      }
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out),
+                       _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i + prev)));
+      out += 16 - prev;
+      i += 16;
+      continue;
     }
 #endif
     for (; i < end; ++i) {
       // One table word per byte, stored whole and advanced by its count.
       const uint32_t e = kEnc.e[in[i]];
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
       const unsigned char bytes[4] = {static_cast<unsigned char>(e),
                                       static_cast<unsigned char>(e >> 8),
                                       static_cast<unsigned char>(e >> 16), 0};
       std::memcpy(out, bytes, 4);
+#else
+      // The count in the top byte lands past the bytes that count and is overwritten later.
+      std::memcpy(out, &e, 4);
+#endif
       if ((e >> 24) == 0) {
         out += 2;
         *out = '\0';

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -62,6 +63,73 @@ TEST(QpRoundTrip, EncodeThenDecodeGivesTheInputBackForBytesFrom0x10) {
     const char* d = dec.Decode(e);
     ASSERT_NE(d, nullptr);
     ASSERT_EQ(std::string(d), s);
+  }
+}
+
+// Straightforward byte-at-a-time models of the two coders, to check the block-wise code against.
+std::string ModelDecode(const std::string& in, bool* ok) {
+  auto hex = [](char c) {
+    return (c >= '0' && c <= '9') ? c - '0' : (c >= 'A' && c <= 'F') ? c - 'A' + 10 : -1;
+  };
+  std::string out;
+  *ok = true;
+  for (size_t i = 0; i < in.size();) {
+    if (in[i] != '=') {
+      out += in[i++];
+    } else if (i + 2 >= in.size()) {
+      *ok = false;
+      return out;
+    } else if (hex(in[i + 1]) >= 0 && hex(in[i + 2]) >= 0) {
+      out += static_cast<char>(hex(in[i + 1]) * 16 + hex(in[i + 2]));
+      i += 3;
+    } else if (in[i + 1] == '\r' && in[i + 2] == '\n') {
+      i += 3;
+    } else {
+      i += 1;
+    }
+  }
+  return out;
+}
+
+std::string ModelEncode(const std::string& in) {
+  std::string out;
+  for (unsigned char c : in) {
+    if (c == '\n' || c == '\r' || c == ' ' || (c >= 0x25 && c <= 0x3C) || c == 0x3E || c == 0x3F ||
+        (c >= 'A' && c <= 'Z') || c == '_' || (c >= 'a' && c <= 'z')) {
+      out += static_cast<char>(c);
+      continue;
+    }
+    char buf[4];
+    std::snprintf(buf, sizeof(buf), "%X", c);
+    out += '=';
+    out += buf;
+    if (c < 0x10) break;  // the NUL after the single digit ends the text
+  }
+  return out;
+}
+
+TEST(QpBlocks, LongRandomTextsMatchAByteAtATimeModel) {
+  std::mt19937 rng(5);
+  const char alphabet[] = "==\r\n0123456789ABCDEFabcdef xyz#@\xC3\xA9\t";
+  CQP qp;
+  for (int round = 0; round < 400; ++round) {
+    std::string s(static_cast<size_t>(rng() % 200), ' ');
+    int density = 1 + static_cast<int>(rng() % 30);  // from dense escapes to long clean runs
+    for (char& c : s) {
+      if (static_cast<int>(rng() % 32) < density)
+        c = alphabet[rng() % (sizeof(alphabet) - 1)];
+      else
+        c = static_cast<char>('a' + rng() % 26);
+    }
+    bool ok = false;
+    std::string want = ModelDecode(s, &ok);
+    const char* got = qp.Decode(s.c_str());
+    ASSERT_EQ(got != nullptr, ok) << s;
+    if (ok) {
+      ASSERT_EQ(std::string(got, qp.GetLength()), want) << s;
+    }
+    const char* enc = qp.Encode(s.c_str());
+    ASSERT_EQ(std::string(enc), ModelEncode(s)) << s;
   }
 }
 
