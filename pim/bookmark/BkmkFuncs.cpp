@@ -129,7 +129,7 @@ bool _BKMK_SelectFolder(const char* title, CString* folder) {
 CString _BKMK_LegalFileName(const char* title) {
   CString s(title);
   for (char& c : s) {
-    // The backslash stands twice in the list of the original tool; once is enough here.
+    // Characters no common file system accepts in a name, and control bytes.
     if (std::strchr("\\/:*?<>|\"", c) || static_cast<unsigned char>(c) < 0x20) c = '_';
   }
   if (s.empty() || s == "." || s == "..") s = "_";
