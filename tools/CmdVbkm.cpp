@@ -42,6 +42,10 @@ int New(const hs::cli::Args& a) {
     hs::cli::Fail("vbkm new", "takes no file arguments (use -o)");
     return 2;
   }
+  if (a.GetAll("--title").empty() || a.GetAll("--url").empty()) {
+    hs::cli::Fail("vbkm new", "needs --title and --url");
+    return 2;
+  }
   std::string dialect = a.Get("--dialect", "generic");
   std::unique_ptr<CVbkm> v;
   if (dialect == "generic") {
