@@ -206,3 +206,25 @@ TEST(BkmkObj, VBookmarkConversionAndCopies) {
 }
 
 }  // namespace
+
+namespace {
+
+// Any vBookmark file the sample corpus holds, wherever it lies, imports as a bookmark.
+TEST(BkmkImport, EveryCorpusVBookmarkIsRead) {
+  HS_SKIP_WITHOUT_CORPUS();
+  std::error_code ec;
+  int seen = 0;
+  CBkmkObj root;
+  for (auto it = fs::recursive_directory_iterator(hs::test::CorpusDir(), ec);
+       !ec && it != fs::recursive_directory_iterator(); it.increment(ec)) {
+    if (!it->is_regular_file() || GetFileType(it->path().string().c_str()).CompareNoCase("vbm"))
+      continue;
+    ++seen;
+    CBkmkObj* node = _BKMK_ImportVbkm(&root, it->path().string().c_str(), BKMK_FLAG_NONE);
+    ASSERT_NE(node, nullptr) << it->path();
+    EXPECT_EQ(node->m_enBkmkType, OBJECT_TYPE_FILE);
+  }
+  if (seen == 0) GTEST_SKIP() << "the corpus holds no .vbm files";
+}
+
+}  // namespace

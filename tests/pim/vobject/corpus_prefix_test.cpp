@@ -91,7 +91,7 @@ void ParseEveryPrefix(const std::string& path, const _FormalDef* formal, bool sh
 TEST(VObjCorpus, EveryPrefixOfEveryFileParsesCleanly) {
   HS_SKIP_WITHOUT_CORPUS();
   size_t files = 0;
-  for (const char* kind : {"vcf", "vcs", "url"}) {
+  for (const char* kind : {"vcf", "vcs", "url", "vbm"}) {
     for (const std::string& path : hs::test::CorpusFiles(kind)) {
       std::string k = kind;
       ParseEveryPrefix(path, k == "vcf" ? kCard : k == "vcs" ? kCalendar : nullptr, k == "url");
