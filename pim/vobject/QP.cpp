@@ -48,13 +48,16 @@ constexpr EncodeTable kEnc;
 // 16 bytes at a time: a bit per byte that is NOT copied as it stands.
 inline unsigned EscapeMask(__m128i c) {
   auto eq = [&](char v) { return _mm_cmpeq_epi8(c, _mm_set1_epi8(v)); };
-  auto range = [&](unsigned char lo, unsigned char hi) {
-    __m128i t = _mm_sub_epi8(c, _mm_set1_epi8(static_cast<char>(lo)));
-    return _mm_cmpeq_epi8(_mm_min_epu8(t, _mm_set1_epi8(static_cast<char>(hi - lo))), t);
+  // lo <= x <= hi as one signed compare: shift the range to start at -128.
+  auto range = [](__m128i x, int lo, int hi) {
+    __m128i t = _mm_add_epi8(x, _mm_set1_epi8(static_cast<char>(0x80 - lo)));
+    return _mm_cmplt_epi8(t, _mm_set1_epi8(static_cast<char>(hi - lo + 1 - 128)));
   };
+  // Folding case with 0x20 makes one range of both alphabets.
+  __m128i letters = range(_mm_or_si128(c, _mm_set1_epi8(0x20)), 'a', 'z');
   __m128i copy = _mm_or_si128(_mm_or_si128(eq('\n'), eq('\r')), _mm_or_si128(eq(' '), eq('_')));
-  copy = _mm_or_si128(copy, _mm_or_si128(range(0x25, 0x3C), range(0x3E, 0x3F)));
-  copy = _mm_or_si128(copy, _mm_or_si128(range('A', 'Z'), range('a', 'z')));
+  copy = _mm_or_si128(copy, _mm_or_si128(range(c, 0x25, 0x3C), range(c, 0x3E, 0x3F)));
+  copy = _mm_or_si128(copy, letters);
   return ~static_cast<unsigned>(_mm_movemask_epi8(copy)) & 0xFFFFu;
 }
 #endif

@@ -108,6 +108,17 @@ std::string ModelEncode(const std::string& in) {
   return out;
 }
 
+TEST(QpBlocks, EveryByteValueInsideALongText) {
+  CQP qp;
+  for (int c = 1; c < 256; ++c) {
+    for (size_t at : {0u, 7u, 15u, 16u, 31u}) {
+      std::string s(48, 'q');
+      s[at] = static_cast<char>(c);
+      ASSERT_EQ(std::string(qp.Encode(s.c_str())), ModelEncode(s)) << c << " at " << at;
+    }
+  }
+}
+
 TEST(QpBlocks, LongRandomTextsMatchAByteAtATimeModel) {
   std::mt19937 rng(5);
   const char alphabet[] = "==\r\n0123456789ABCDEFabcdef xyz#@\xC3\xA9\t";
