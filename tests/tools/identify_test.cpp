@@ -29,7 +29,9 @@ std::vector<ManifestRow> ReadManifest() {
   return rows;
 }
 
-bool Has(const std::string& text, const char* word) { return text.find(word) != std::string::npos; }
+bool Has(const std::string& text, const char* word) {
+  return text.find(word) != std::string::npos;
+}
 
 // What the first bytes of the file must show, judged from the manifest's own description.
 MDYFMT ExpectedContent(const ManifestRow& row) {
@@ -67,8 +69,8 @@ TEST(Identify, EveryCorpusFileMatchesItsManifestDescription) {
     EXPECT_EQ(_IsMelodyFormatType(full.c_str()), ExpectedExtension(row.path)) << row.path;
     std::vector<uint8_t> head = hs::test::ReadBytes(full);
     head.resize(20, 0);
-    MDYFMT content = GetMdyFmtByAuxDataCont(head.data(), 20) |
-                     GetMdyFmtByMdyDataCont(head.data(), 20);
+    MDYFMT content =
+        GetMdyFmtByAuxDataCont(head.data(), 20) | GetMdyFmtByMdyDataCont(head.data(), 20);
     EXPECT_EQ(content, ExpectedContent(row)) << row.path << ": " << row.description;
     sniffed += content != 0;
     // With no extension to go by, the file's bytes decide.
@@ -81,7 +83,8 @@ TEST(Identify, EveryCorpusFileMatchesItsManifestDescription) {
 
 TEST(IdentifyCli, ReportsFormatsAndFailsOnUnreadableFiles) {
   std::string dir = hs::test::MakeTempDir("identify");
-  std::ofstream(dir + "/tone.mid", std::ios::binary) << std::string("MThd\0\0\0\6\0\0\0\1\0\x60", 14);
+  std::ofstream(dir + "/tone.mid", std::ios::binary)
+      << std::string("MThd\0\0\0\6\0\0\0\1\0\x60", 14);
   std::string out;
   std::string cli = hs::test::CliPath();
   EXPECT_EQ(hs::test::RunCommand(cli + " identify " + dir + "/tone.mid", &out), 0);
@@ -94,9 +97,8 @@ TEST(IdentifyCli, ReportsFormatsAndFailsOnUnreadableFiles) {
   EXPECT_EQ(out.find("content"), std::string::npos);
 
   // A missing file is reported, the others are still identified, and the status is non-zero.
-  EXPECT_EQ(hs::test::RunCommand(cli + " identify " + dir + "/missing.amr " + dir +
-                                     "/tone.mid 2>/dev/null",
-                                 &out),
+  EXPECT_EQ(hs::test::RunCommand(
+                cli + " identify " + dir + "/missing.amr " + dir + "/tone.mid 2>/dev/null", &out),
             1);
   EXPECT_NE(out.find("tone.mid"), std::string::npos);
   EXPECT_EQ(hs::test::RunCommand(cli + " identify --bogus x 2>/dev/null", &out), 2);
