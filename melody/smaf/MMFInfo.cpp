@@ -101,15 +101,23 @@ void CMMFInfo::_InitVariables() {
 }
 
 void CMMFInfo::_CreateCRCTable() {
-  for (int i = 0; i < 256; ++i) {
-    uint16_t v = static_cast<uint16_t>(i << 8);
-    for (int bit = 0; bit < 8; ++bit) {
-      bool out = (v & 0x8000) != 0;
-      v = static_cast<uint16_t>(v << 1);
-      if (out) v ^= kCrcPolynomial;
+  // Computed once per process; every object (one per loaded MIDI file) copies it.
+  struct Table {
+    uint16_t v[256];
+    Table() {
+      for (int i = 0; i < 256; ++i) {
+        uint16_t x = static_cast<uint16_t>(i << 8);
+        for (int bit = 0; bit < 8; ++bit) {
+          bool out = (x & 0x8000) != 0;
+          x = static_cast<uint16_t>(x << 1);
+          if (out) x ^= kCrcPolynomial;
+        }
+        v[i] = x;
+      }
     }
-    m_wCRCTable[i] = v;
-  }
+  };
+  static const Table table;
+  std::memcpy(m_wCRCTable, table.v, sizeof(m_wCRCTable));
 }
 
 uint16_t CMMFInfo::_CaculateCRC(const unsigned char* data, unsigned long size) const {

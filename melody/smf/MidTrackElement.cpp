@@ -52,8 +52,18 @@ void CollectEvents(const CMidNoteElement* first, uint32_t from, uint32_t to,
     if (from < to && off > to) off = to;
     uint64_t rank = off == n->GetStartTime() ? 2 : 0;
     keys.push_back((uint64_t{off} << 32) | (rank << 30) | offs.size());
-    ons.push_back({NOTE_EVENT_ON, n->GetStartTime(), n->GetNoteValue(), n->GetVelocity()});
-    offs.push_back({NOTE_EVENT_OFF, off, n->GetNoteValue(), n->GetVelocity()});
+    // Filled field by field in place: building a temporary and copying it stalls on the
+    // partial stores, which made this loop the writer's hot spot.
+    NoteEventInfo& on = ons.emplace_back();
+    on.nEventType = NOTE_EVENT_ON;
+    on.nTime = n->GetStartTime();
+    on.byNoteValue = n->GetNoteValue();
+    on.byVelocity = n->GetVelocity();
+    NoteEventInfo& end = offs.emplace_back();
+    end.nEventType = NOTE_EVENT_OFF;
+    end.nTime = off;
+    end.byNoteValue = on.byNoteValue;
+    end.byVelocity = on.byVelocity;
   }
   if (!std::is_sorted(keys.begin(), keys.end())) std::sort(keys.begin(), keys.end());
   out->resize(ons.size() * 2);
@@ -190,7 +200,8 @@ int CMidTrackElement::DecideTrackTableType() {
 // Slot table of sounding keys as the SMAF converter sizes its voice reservation: a free slot holds
 // 0, so a key 0 counts as already sounding. A note-on reuses the last free slot before growing.
 int CMidTrackElement::CaculateReservedValue() {
-  std::vector<NoteEventInfo> events;
+  // Reused between calls: every save asks each track for this.
+  thread_local std::vector<NoteEventInfo> events;
   CollectEvents(m_pFirstNote, 0, 0, &events);
   uint8_t slots[kMaxReservedSlots] = {0};
   int used = 0;
