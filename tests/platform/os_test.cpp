@@ -72,15 +72,6 @@ TEST(Os, Utf16UnitCounts) {
   EXPECT_EQ(hs::os::AnsiToUtf16Length("\xE2\x82", 2), 2u);          // cut sequence: per byte
 }
 
-TEST(Os, ModulesLoadByPlatformName) {
-  hs::os::Module m;
-  EXPECT_FALSE(m.Open("handset-no-such-module"));
-  EXPECT_EQ(m.Symbol("x"), nullptr);
-  auto names = hs::os::Module::FileNames("M4aacDec");
-  ASSERT_FALSE(names.empty());
-  EXPECT_NE(names[0].find("M4aacDec"), std::string::npos);
-}
-
 TEST(ProfileStore, MultiStringsSurviveWritesRemovalAndAFreshObject) {
   std::string dir = hs::test::MakeTempDir("profile");
   setenv("HANDSET_CONFIG_DIR", dir.c_str(), 1);
