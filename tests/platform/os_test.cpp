@@ -22,10 +22,6 @@ TEST(Strings, FileTypeAndTokens) {
   EXPECT_EQ(list.AddTokens("a,,b;c", ",;"), 3);
   EXPECT_EQ(list.AddTokens("x,", ",", true), 2);
   EXPECT_EQ(list.back(), "");
-  CString f;
-  f.Format("[%d]", 12);
-  EXPECT_EQ(f, "[12]");
-  EXPECT_EQ(CString("GMIDI").CompareNoCase("gmidi"), 0);
 }
 
 TEST(Os, IniReadingLikeTheSystemCall) {

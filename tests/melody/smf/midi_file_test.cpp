@@ -22,20 +22,9 @@ Bytes Cat(std::initializer_list<Bytes> parts) {
 }
 
 Bytes Header(int format, int tracks, int division = 96) {
-  return {'M',
-          'T',
-          'h',
-          'd',
-          0,
-          0,
-          0,
-          6,
-          0,
-          uint8_t(format),
-          uint8_t(tracks >> 8),
-          uint8_t(tracks),
-          uint8_t(division >> 8),
-          uint8_t(division)};
+  Bytes h = {'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, uint8_t(format)};
+  for (int v : {tracks, division}) h.insert(h.end(), {uint8_t(v >> 8), uint8_t(v)});
+  return h;
 }
 
 Bytes Chunk(const Bytes& body) {
@@ -47,7 +36,7 @@ Bytes Chunk(const Bytes& body) {
 
 Bytes Text(uint8_t type, const std::string& s) {
   Bytes out = {0x00, 0xFF, type, uint8_t(s.size())};
-  out.insert(out.end(), s.begin(), s.end());
+  for (char c : s) out.push_back(uint8_t(c));
   return out;
 }
 
@@ -82,12 +71,12 @@ Bytes Produce(CMidFileElement& f, int format, uint32_t from = 0, uint32_t to = 0
   return p ? Bytes(p, p + size) : Bytes();
 }
 
-bool Contains(const Bytes& hay, const Bytes& needle) {
-  return std::search(hay.begin(), hay.end(), needle.begin(), needle.end()) != hay.end();
+size_t Find(const Bytes& hay, const Bytes& needle, size_t from = 0) {
+  return static_cast<size_t>(
+      std::search(hay.begin() + long(from), hay.end(), needle.begin(), needle.end()) - hay.begin());
 }
-size_t Find(const Bytes& hay, const Bytes& needle) {
-  return static_cast<size_t>(std::search(hay.begin(), hay.end(), needle.begin(), needle.end()) -
-                             hay.begin());
+bool Contains(const Bytes& hay, const Bytes& needle) {
+  return Find(hay, needle) != hay.size();
 }
 
 TEST(MidFileLoad, HeaderAndChunkResultCodes) {
@@ -205,34 +194,29 @@ TEST(MidFileLoad, TempoAccountingKeepsOneTempo) {
   auto tempo = [](uint32_t us) {
     return Bytes{0xFF, 0x51, 0x03, uint8_t(us >> 16), uint8_t(us >> 8), uint8_t(us)};
   };
-  CMidFileElement f;
-  ASSERT_EQ(
-      Load(f, Cat({Header(0, 1),
-                   Chunk(Cat(
-                       {{0x00}, tempo(500000), {0x00, 0x90, 60, 9, 0x40}, {0x80, 60, 0}, kEot}))})),
-      mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 120);
-  // 600000 rules 10 ticks; 500000 gets no entry of its own, so its 990 ticks are lost; 400000 is
-  // appended and rules 100 ticks until 300000, whose own span is never counted.
-  Bytes body = Cat({{0x00},
-                    tempo(600000),
-                    {0x0A},
-                    tempo(500000),
-                    {0x87, 0x5E},
-                    tempo(400000),
-                    {0x64},
-                    tempo(300000),
-                    {0x83, 0x60, 0x90, 60, 9, 0x10, 0x80, 60, 0},
-                    kEot});
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(body)})), mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 150);
-  ASSERT_EQ(
-      Load(f, Cat({Header(0, 1), Chunk(Cat({{0x00, 0x90, 60, 9, 0x10, 0x80, 60, 0}, kEot}))})),
-      mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 120);
-  // 60000000 / 700000 = 85.7 is truncated.
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(Cat({{0x00}, tempo(700000), kEot}))})), mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 85);
+  const Bytes note = {0x90, 60, 9, 0x10, 0x80, 60, 0};
+  const std::pair<Bytes, int> cases[] = {
+      {Cat({{0x00}, tempo(500000), {0x00}, note}), 120},
+      // 600000 rules 10 ticks; 500000 gets no entry of its own, so its 990 ticks are lost;
+      // 400000 is appended and rules 100 ticks until 300000, whose own span is never counted.
+      {Cat({{0x00},
+            tempo(600000),
+            {0x0A},
+            tempo(500000),
+            {0x87, 0x5E},
+            tempo(400000),
+            {0x64},
+            tempo(300000),
+            {0x83, 0x60},
+            note}),
+       150},
+      {Cat({{0x00}, note}), 120},
+      {Cat({{0x00}, tempo(700000)}), 85}};  // 60000000 / 700000 = 85.7 is truncated
+  for (const auto& [body, bpm] : cases) {
+    CMidFileElement f;
+    ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(Cat({body, kEot}))})), mf::kOk);
+    EXPECT_EQ(f.GetTempo(), bpm);
+  }
 }
 
 const char kLed[] = "*-<QV_MMF_LED>-*";
@@ -263,23 +247,19 @@ TEST(MidFileSmaf, TagsAreReadIntoTheModelAndWrittenBack) {
   EXPECT_EQ(f.GetTrackByIndex(0)->IsMMFWaveTrack(), 0);
 
   Bytes out = Produce(f, 1);
-  const std::string vibTag = std::string(kVib) + "00", ledTag = std::string(kLed) + "01";
-  Bytes vibEvent = {0xFF, 0x01, 18};
-  vibEvent.insert(vibEvent.end(), vibTag.begin(), vibTag.end());
-  Bytes ledEvent = {0xFF, 0x01, 18};
-  ledEvent.insert(ledEvent.end(), ledTag.begin(), ledTag.end());
-  Bytes waveEvent = {0xFF, 0x01, uint8_t(wave.size())};
-  waveEvent.insert(waveEvent.end(), wave.begin(), wave.end());
+  auto at = [&out](const std::string& text) {  // where the text event (without delta) starts
+    Bytes e = Text(0x01, text);
+    return Find(out, Bytes(e.begin() + 1, e.end()));
+  };
   // Each tag goes to its own track chunk, before the notes.
-  size_t secondChunk = Find(out, {'M', 'T', 'r', 'k'}) + 1;
-  secondChunk =
-      Find(Bytes(out.begin() + secondChunk, out.end()), {'M', 'T', 'r', 'k'}) + secondChunk;
-  size_t thirdChunk = out.size() - Find(Bytes(out.rbegin(), out.rend()), {'k', 'r', 'T', 'M'}) - 4;
-  EXPECT_GT(Find(out, vibEvent), secondChunk);
-  EXPECT_LT(Find(out, vibEvent), thirdChunk);
-  EXPECT_GT(Find(out, ledEvent), thirdChunk);
-  EXPECT_GT(Find(out, waveEvent), thirdChunk);
-  EXPECT_LT(Find(out, waveEvent), Find(out, {0x91, 62}));
+  size_t second = Find(out, {'M', 'T', 'r', 'k'}, 15),
+         third = Find(out, {'M', 'T', 'r', 'k'}, second + 1);
+  ASSERT_LT(third, out.size());
+  EXPECT_GT(at(std::string(kVib) + "00"), second);
+  EXPECT_LT(at(std::string(kVib) + "00"), third);
+  EXPECT_GT(at(std::string(kLed) + "01"), third);
+  EXPECT_GT(at(wave), third);
+  EXPECT_LT(at(wave), Find(out, {0x91, 62}));
 
   CMidFileElement back;
   ASSERT_EQ(Load(back, out), mf::kOk);
