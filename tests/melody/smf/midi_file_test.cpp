@@ -46,22 +46,13 @@ int Load(CMidFileElement& f, const Bytes& b) {
   return f.LoadFromMemory(b.data(), static_cast<unsigned long>(b.size()));
 }
 
-struct N {
-  uint32_t start, stop;
-  int key, vel;
-  bool operator==(const N& o) const {
-    return start == o.start && stop == o.stop && key == o.key && vel == o.vel;
-  }
-};
-std::ostream& operator<<(std::ostream& os, const N& n) {
-  return os << "{" << n.start << "," << n.stop << "," << n.key << "," << n.vel << "}";
-}
-
-std::vector<N> NotesOf(const CMidFileElement& f, int track) {
-  std::vector<N> out;
+// A track's notes as "{start,stop,key,velocity}" in chain order.
+std::string NotesOf(const CMidFileElement& f, int track) {
+  std::string out;
   CMidTrackElement* t = f.GetTrackByIndex(track);
   for (CMidNoteElement* n = t ? t->GetFirstNote() : nullptr; n; n = n->GetNextElement())
-    out.push_back({n->GetStartTime(), n->GetStopTime(), n->GetNoteValue(), n->GetVelocity()});
+    out += "{" + std::to_string(n->GetStartTime()) + "," + std::to_string(n->GetStopTime()) + "," +
+           std::to_string(n->GetNoteValue()) + "," + std::to_string(n->GetVelocity()) + "}";
   return out;
 }
 
@@ -150,8 +141,8 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
   EXPECT_EQ(t1->GetBankSelectLSB(&v), 0);
   EXPECT_EQ(v, 3);
   EXPECT_STREQ(t1->GetTrackName(), "Song");  // the pending name of format 0
-  EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 32, 50, 80}, {16, 64, 52, 81}}));
-  EXPECT_EQ(NotesOf(f, 1), (std::vector<N>{{32, 64, 60, 100}}));
+  EXPECT_EQ(NotesOf(f, 0), "{0,32,50,80}{16,64,52,81}");
+  EXPECT_EQ(NotesOf(f, 1), "{32,64,60,100}");
   EXPECT_EQ(f.GetTrackByIndex(1)->GetProgram(), -1);
 
   // Each kind of dropped data raises the information-lost flag.
@@ -164,7 +155,7 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
         Load(f, Cat({Header(0, 1), Chunk(Cat({ev, {0x00, 0x90, 60, 1, 0x01, 60, 0}, kEot}))})),
         mf::kOk);
     EXPECT_EQ(f.IsInformationLost(), 1) << int(ev[1]);
-    EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 1, 60, 1}})) << int(ev[1]);
+    EXPECT_EQ(NotesOf(f, 0), "{0,1,60,1}") << int(ev[1]);
   }
 }
 
@@ -187,7 +178,7 @@ TEST(MidFileLoad, Format1NamesAndChannelsSpreadOverChunks) {
   EXPECT_STREQ(t->GetInstrumentName(), "Flute");
   EXPECT_EQ(t->GetProgram(), 73);
   EXPECT_EQ(t->GetDivision(), 480);
-  EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 96, 72, 90}, {112, 128, 40, 70}}));
+  EXPECT_EQ(NotesOf(f, 0), "{0,96,72,90}{112,128,40,70}");
 }
 
 TEST(MidFileLoad, TempoAccountingKeepsOneTempo) {
