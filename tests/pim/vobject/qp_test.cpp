@@ -36,12 +36,8 @@ TEST(QpDecode, EscapesSoftBreaksAndCutShortInput) {
 
 TEST(QpEncode, CopySetHexAndTheSingleDigitQuirk) {
   CQP qp;
-  EXPECT_STREQ(qp.Encode("a=b"), "a=3Db");
-  EXPECT_STREQ(qp.Encode("#"), "=23");
-  EXPECT_STREQ(qp.Encode("["), "=5B");
-  EXPECT_STREQ(qp.Encode("%<>?_ Zz09"), "%<>?_ Zz09");
-  EXPECT_STREQ(qp.Encode("!\"$@\\]^`{|}~\x7F"), "=21=22=24=40=5C=5D=5E=60=7B=7C=7D=7E=7F");
-  EXPECT_STREQ(qp.Encode("\xC3\xA9\x1F"), "=C3=A9=1F");
+  // Every other byte value is checked against a model below.
+  EXPECT_STREQ(qp.Encode("a=b#[%<>?_ Zz09\xC3\xA9"), "a=3Db=23=5B%<>?_ Zz09=C3=A9");
   // A tab gives one digit and a NUL: the text ends there.
   const char* tab = qp.Encode("a\tb");
   EXPECT_EQ(std::memcmp(tab, "a=9\0", 5), 0);
