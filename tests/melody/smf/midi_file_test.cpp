@@ -27,6 +27,11 @@ Bytes Header(int format, int tracks, int division = 96) {
   return h;
 }
 
+Bytes operator+(Bytes a, const Bytes& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
 Bytes Chunk(const Bytes& body) {
   size_t n = body.size();
   Bytes out = {'M', 'T', 'r', 'k', uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)};
@@ -313,32 +318,18 @@ TEST(MidFileWrite, ElementOrderOfBothFormats) {
                     kEot});
   CMidFileElement f;
   ASSERT_EQ(Load(f, Cat({Header(0, 1, 96), Chunk(body)})), mf::kOk);
+  // Velocity 200 is written as 127 and each note-off repeats its note's velocity.
+  const Bytes tempo = {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
+              sig = {0x00, 0xFF, 0x58, 4, 4, 2, 24, 8};
+  const Bytes notes = Bytes{0x00, 0xB0, 0x00, 1,    0x00, 0xC0, 9,  0x00, 0x90, 60, 127, 0x60,
+                            0x80, 60,   127,  0x00, 0x90, 62,   90, 0x60, 0x80, 62, 90} +
+                      kEot;
+  const Bytes trk = {'M', 'T', 'r', 'k', 0, 0, 0};
   Bytes zero = Produce(f, 0);
-  Bytes expect0 = Cat({Header(0, 1, 96),
-                       {'M', 'T', 'r', 'k', 0, 0, 0, 0x34},
-                       {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
-                       {0x00, 0xFF, 0x58, 0x04, 4, 2, 24, 8},
-                       Text(0x02, "C"),
-                       Text(0x03, "T"),
-                       {0x00, 0xB0, 0x00, 1, 0x00, 0xC0, 9},
-                       {0x00, 0x90, 60, 127, 0x60, 0x80, 60, 127, 0x00, 0x90, 62, 90},
-                       {0x60, 0x80, 62, 90},
-                       kEot});
-  EXPECT_EQ(zero, expect0);
-  Bytes one = Produce(f, 1);
-  Bytes expect1 = Cat({Header(1, 2, 96),
-                       {'M', 'T', 'r', 'k', 0, 0, 0, 0x18},
-                       {0x00, 0xFF, 0x58, 0x04, 4, 2, 24, 8},
-                       {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
-                       Text(0x02, "C"),
-                       kEot,
-                       {'M', 'T', 'r', 'k', 0, 0, 0, 0x20},
-                       Text(0x03, "T"),
-                       {0x00, 0xB0, 0x00, 1, 0x00, 0xC0, 9},
-                       {0x00, 0x90, 60, 127, 0x60, 0x80, 60, 127, 0x00, 0x90, 62, 90},
-                       {0x60, 0x80, 62, 90},
-                       kEot});
-  EXPECT_EQ(one, expect1);
+  EXPECT_EQ(zero, Header(0, 1, 96) + trk + Bytes{0x34} + tempo + sig + Text(0x02, "C") +
+                      Text(0x03, "T") + notes);
+  EXPECT_EQ(Produce(f, 1), Header(1, 2, 96) + trk + Bytes{0x18} + sig + tempo + Text(0x02, "C") +
+                               kEot + trk + Bytes{0x20} + Text(0x03, "T") + notes);
   EXPECT_EQ(Produce(f, CMidFileElement::kFormatLoaded), zero);
   EXPECT_EQ(Produce(f, 2), Bytes());
   EXPECT_EQ(f.GetLastResult(), mf::kErrFormat);
