@@ -83,12 +83,8 @@ TEST_F(CalTime, DaylightSavingNeverMovesADate) {
   EXPECT_EQ(ME_CAL_DATE(2007, 1, 1, 13).ToTimeT(), static_cast<time_t>(1167652800));
   // Across both changes, hour by hour: time -> date -> time and date -> time -> date are exact,
   // including 02:30 on the spring day, which a summer clock skips.
-  for (time_t t = 1174690800; t < 1174690800 + 3 * 86400; t += 1800) {
-    ME_CAL_DATE d(t);
-    EXPECT_EQ(d.ToTimeT(), t);
-  }
-  for (time_t t = 1193529600; t < 1193529600 + 3 * 86400; t += 1800)
-    EXPECT_EQ(ME_CAL_DATE(t).ToTimeT(), t);
+  for (time_t start : {1174690800, 1193529600})
+    for (time_t t = start; t < start + 3 * 86400; t += 1800) EXPECT_EQ(ME_CAL_DATE(t).ToTimeT(), t);
   ME_CAL_DATE skipped(2007, 3, 25, 2, 30, 0);
   EXPECT_EQ(ME_CAL_DATE(skipped.ToTimeT()), skipped);
 }
