@@ -51,6 +51,11 @@ int Load(CMidFileElement& f, const Bytes& b) {
   return f.LoadFromMemory(b.data(), static_cast<unsigned long>(b.size()));
 }
 
+// Loads a format 0 file whose one chunk holds `events` and the end of track.
+int LoadEvents(CMidFileElement& f, const Bytes& events) {
+  return Load(f, Header(0, 1) + Chunk(events + kEot));
+}
+
 // A track's notes as "{start,stop,key,velocity}" in chain order.
 std::string NotesOf(const CMidFileElement& f, int track) {
   std::string out;
@@ -127,10 +132,9 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
                     {0x00, 0xFF, 0x01, 0x02, 'h', 'i'},  // plain text: ignored silently
                     {0x00, 0x01, 0x01, 'x'},             // data byte: text again via running status
                     {0x00, 0xF0, 0x03, 0x43, 0x10, 0xF7},  // other SysEx: silently dropped
-                    {0x20, 0x80, 60, 64, 0x00, 0x81, 52, 0},
-                    kEot});
+                    {0x20, 0x80, 60, 64, 0x00, 0x81, 52, 0}});
   CMidFileElement f;
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(body)})), mf::kOk);
+  ASSERT_EQ(LoadEvents(f, body), mf::kOk);
   EXPECT_EQ(f.IsInformationLost(), 0);
   EXPECT_STREQ(f.GetSongTitle(), "Song");
   EXPECT_STREQ(f.GetCopyRight(), "(c) Someone");
@@ -156,9 +160,7 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
       {0x00, 0xA0, 60, 5},           {0x00, 0xFF, 0x21, 0x01, 0x00}, {0x00, 0xF2, 0x01, 0x02},
       {0x00, 0xFF, 0x00, 0x02, 0, 1}};
   for (const Bytes& ev : lossy) {
-    ASSERT_EQ(
-        Load(f, Cat({Header(0, 1), Chunk(Cat({ev, {0x00, 0x90, 60, 1, 0x01, 60, 0}, kEot}))})),
-        mf::kOk);
+    ASSERT_EQ(LoadEvents(f, ev + Bytes{0x00, 0x90, 60, 1, 0x01, 60, 0}), mf::kOk);
     EXPECT_EQ(f.IsInformationLost(), 1) << int(ev[1]);
     EXPECT_EQ(NotesOf(f, 0), "{0,1,60,1}") << int(ev[1]);
   }
@@ -210,7 +212,7 @@ TEST(MidFileLoad, TempoAccountingKeepsOneTempo) {
       {Cat({{0x00}, tempo(700000)}), 85}};  // 60000000 / 700000 = 85.7 is truncated
   for (const auto& [body, bpm] : cases) {
     CMidFileElement f;
-    ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(Cat({body, kEot}))})), mf::kOk);
+    ASSERT_EQ(LoadEvents(f, body), mf::kOk);
     EXPECT_EQ(f.GetTempo(), bpm);
   }
 }
@@ -270,10 +272,9 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
   Bytes sysex = {0x00, 0xF0, 0x09, 0x7F, 0x7F, 0x0B, 0x01, 2, 4, 0, 6, 0xF7};
   Bytes body = Cat({sysex,
                     {0x00, 0x90, 60, 90, 0x00, 0x92, 64, 90, 0x00, 0x92, 67, 90},
-                    {0x10, 0x80, 60, 0, 0x00, 0x82, 64, 0, 0x00, 0x82, 67, 0},
-                    kEot});
+                    {0x10, 0x80, 60, 0, 0x00, 0x82, 64, 0, 0x00, 0x82, 67, 0}});
   CMidFileElement f;
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(body)})), mf::kOk);
+  ASSERT_EQ(LoadEvents(f, body), mf::kOk);
   EXPECT_EQ(f.IsSPMidi(), 1);
   EXPECT_EQ(f.GetMIPDeviceID(), 0x7F);
   uint8_t ch[16], mip[16];
@@ -311,13 +312,13 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
 }
 
 TEST(MidFileWrite, ElementOrderOfBothFormats) {
-  Bytes body = Cat({Text(0x03, "T"),
-                    Text(0x02, "C"),
-                    {0x00, 0xB0, 0, 1, 0x00, 0xC0, 9},
-                    {0x00, 0x90, 60, 200, 0x60, 0x80, 60, 0, 0x00, 0x90, 62, 90, 0x60, 0x80, 62, 0},
-                    kEot});
+  Bytes body =
+      Cat({Text(0x03, "T"),
+           Text(0x02, "C"),
+           {0x00, 0xB0, 0, 1, 0x00, 0xC0, 9},
+           {0x00, 0x90, 60, 200, 0x60, 0x80, 60, 0, 0x00, 0x90, 62, 90, 0x60, 0x80, 62, 0}});
   CMidFileElement f;
-  ASSERT_EQ(Load(f, Cat({Header(0, 1, 96), Chunk(body)})), mf::kOk);
+  ASSERT_EQ(LoadEvents(f, body), mf::kOk);
   // Velocity 200 is written as 127 and each note-off repeats its note's velocity.
   const Bytes tempo = {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
               sig = {0x00, 0xFF, 0x58, 4, 4, 2, 24, 8};
