@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include "audio/aac/AdtsFrames.h"
 #include "audio/amr/AmrFrames.h"
 #include "handset/audio.h"
@@ -17,15 +19,10 @@ namespace {
 // The file-based readers are driven through one scratch file per process, in memory where the
 // system offers a folder for it (rewriting a disk file forces a write-back on every close).
 const std::string& ScratchPath() {
-  static const std::string path = [] {
-    std::error_code ec;
-    std::string dir = std::filesystem::is_directory("/dev/shm", ec)
-                          ? "/dev/shm"
-                          : std::filesystem::temp_directory_path(ec).string();
-    char name[64];
-    std::snprintf(name, sizeof name, "/handset-audio-fuzz-%p.bin", static_cast<void*>(name));
-    return dir + name;
-  }();
+  static const std::string path = (std::filesystem::is_directory("/dev/shm")
+                                       ? std::string("/dev/shm")
+                                       : std::filesystem::temp_directory_path().string()) +
+                                  "/handset-audio-fuzz-" + std::to_string(getpid()) + ".bin";
   static const bool cleanup = std::atexit([] { std::remove(ScratchPath().c_str()); }) == 0;
   (void)cleanup;
   return path;
@@ -50,21 +47,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                               static_cast<unsigned long>(size));
   try {
     while (!r.isEnd()) {
-      switch (r.readChar() & 3) {
-        case 0:
-          r.readShort();
-          break;
-        case 1:
-          r.readLong();
-          break;
-        case 2: {
-          char buf[16];
-          r.read(buf, sizeof buf);
-          break;
-        }
-        default:
-          r.advance(static_cast<unsigned char>(r.readChar()));
-      }
+      char buf[16];
+      int op = r.readChar() & 3;
+      if (op == 0) r.readShort();
+      if (op == 1) r.readLong();
+      if (op == 2) r.read(buf, sizeof buf);
+      if (op == 3) r.advance(static_cast<unsigned char>(r.readChar()));
     }
   } catch (const tarvox::cpp::ReaderException&) {
   }

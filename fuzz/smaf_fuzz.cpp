@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "handset/melody/MMFInfo.h"
+#include "tests/melody/smaf/MmfImage.h"
 
 namespace {
 
@@ -10,13 +11,7 @@ namespace {
 // scans and patches see them.
 void Reseal(std::vector<uint8_t>& v) {
   if (v.size() < 3) return;
-  uint16_t crc = 0xFFFF;
-  for (size_t i = 0; i + 2 < v.size(); ++i) {
-    crc ^= static_cast<uint16_t>(v[i] << 8);
-    for (int b = 0; b < 8; ++b)
-      crc = static_cast<uint16_t>((crc & 0x8000) ? (crc << 1) ^ 0x1021 : crc << 1);
-  }
-  crc = static_cast<uint16_t>(~crc);
+  uint16_t crc = hs::test::Genibus(v.data(), v.size() - 2);
   v[v.size() - 2] = static_cast<uint8_t>(crc >> 8);
   v[v.size() - 1] = static_cast<uint8_t>(crc);
 }

@@ -168,11 +168,9 @@ TEST_F(AacTest, MonoStaysMonoAndATrailingTagEndsDecoding) {
   WriteBytes(Path("mono.aac"), data);
   WAVEFORMATEX fmt{};
   std::vector<int16_t> pcm = DecodeFile(Path("mono.aac"), &fmt);
-  EXPECT_EQ(fmt.wFormatTag, 1);
-  EXPECT_EQ(fmt.nChannels, 1);
-  EXPECT_EQ(fmt.nSamplesPerSec, 22050u);
-  EXPECT_EQ(fmt.nBlockAlign, 2);
-  EXPECT_EQ(fmt.nAvgBytesPerSec, 44100u);
+  EXPECT_EQ(std::make_tuple(fmt.wFormatTag, fmt.nChannels, fmt.nSamplesPerSec, fmt.nBlockAlign,
+                            fmt.nAvgBytesPerSec),
+            std::make_tuple(1, 1, 22050u, 2, 44100u));
   EXPECT_EQ(pcm.size(), hs::aac::CountAdtsFrames(data.data(), data.size()) * 1024);
   // Without the stop at "TAG" the tag's bytes would be a decoding error.
   Bytes tagged = Cat(data, {'T', 'A', 'G'});

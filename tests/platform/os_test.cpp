@@ -22,10 +22,6 @@ TEST(Strings, FileTypeAndTokens) {
   EXPECT_EQ(list.AddTokens("a,,b;c", ",;"), 3);
   EXPECT_EQ(list.AddTokens("x,", ",", true), 2);
   EXPECT_EQ(list.back(), "");
-  CString f;
-  f.Format("[%d]", 12);
-  EXPECT_EQ(f, "[12]");
-  EXPECT_EQ(CString("GMIDI").CompareNoCase("gmidi"), 0);
 }
 
 TEST(Os, IniReadingLikeTheSystemCall) {
@@ -70,15 +66,6 @@ TEST(Os, Utf16UnitCounts) {
   EXPECT_EQ(hs::os::AnsiToUtf16Length("\xC3\xA9", 2), 1u);          // é
   EXPECT_EQ(hs::os::AnsiToUtf16Length("\xF0\x9F\x98\x80", 4), 2u);  // a surrogate pair
   EXPECT_EQ(hs::os::AnsiToUtf16Length("\xE2\x82", 2), 2u);          // cut sequence: per byte
-}
-
-TEST(Os, ModulesLoadByPlatformName) {
-  hs::os::Module m;
-  EXPECT_FALSE(m.Open("handset-no-such-module"));
-  EXPECT_EQ(m.Symbol("x"), nullptr);
-  auto names = hs::os::Module::FileNames("M4aacDec");
-  ASSERT_FALSE(names.empty());
-  EXPECT_NE(names[0].find("M4aacDec"), std::string::npos);
 }
 
 TEST(ProfileStore, MultiStringsSurviveWritesRemovalAndAFreshObject) {

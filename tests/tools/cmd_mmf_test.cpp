@@ -1,20 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "tests/TestUtil.h"
+#include "tests/audio/AudioTestUtil.h"
 #include "tests/melody/smaf/MmfImage.h"
 
 namespace {
 
 using hs::test::BuildMmf;
 using hs::test::TrailerMatches;
-
-void Spill(const std::string& path, const std::vector<uint8_t>& bytes) {
-  std::ofstream out(path, std::ios::binary);
-  out.write(reinterpret_cast<const char*>(bytes.data()),
-            static_cast<std::streamsize>(bytes.size()));
-}
 
 int Cli(const std::string& args, std::string* out) {
   return hs::test::RunCommand(hs::test::CliPath() + " mmf " + args + " 2>&1", out);
@@ -23,7 +16,7 @@ int Cli(const std::string& args, std::string* out) {
 TEST(CmdMmf, SetPatchesInPlaceOrToAnotherFileWithTheCrcRecomputed) {
   std::string dir = hs::test::MakeTempDir("cmd_mmf");
   auto image = BuildMmf(0x00, "", {{1, 0x00, 0x00}, {2, 0x00, 0x00}});
-  Spill(dir + "/a.mmf", image);
+  hs::test::WriteBytes(dir + "/a.mmf", image);
   std::string out;
   ASSERT_EQ(
       Cli("set " + dir + "/a.mmf -o " + dir + "/b.mmf --led 4 --vib 5=on --copy-status 0x21", &out),
@@ -53,7 +46,7 @@ TEST(CmdMmf, FailuresNameTheFileAndTheResultCode) {
   std::string dir = hs::test::MakeTempDir("cmd_mmf_fail");
   auto image = BuildMmf(0x00, "", {{1, 0x00, 0x00}});
   image.back() ^= 0xFF;
-  Spill(dir + "/bad.mmf", image);
+  hs::test::WriteBytes(dir + "/bad.mmf", image);
   std::string out;
   EXPECT_EQ(Cli("info " + dir + "/bad.mmf", &out), 1);
   EXPECT_NE(out.find("crc: mismatch"), std::string::npos) << out;
@@ -62,7 +55,7 @@ TEST(CmdMmf, FailuresNameTheFileAndTheResultCode) {
   EXPECT_EQ(hs::test::ReadBytes(dir + "/bad.mmf"), image);
 
   image.back() ^= 0xFF;
-  Spill(dir + "/ok.mmf", image);
+  hs::test::WriteBytes(dir + "/ok.mmf", image);
   EXPECT_EQ(Cli("set " + dir + "/ok.mmf --vib 4=on", &out), 1);  // no second score track
   EXPECT_NE(out.find("smaf result 9:"), std::string::npos) << out;
   EXPECT_EQ(Cli("set " + dir + "/ok.mmf --vib 3=maybe", &out), 2);

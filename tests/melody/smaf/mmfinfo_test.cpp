@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 
 #include "handset/melody/MMFInfo.h"
 #include "handset/platform/Results.h"
@@ -209,11 +210,8 @@ TEST(MMFInfoSave, OnlyPendingChangesAreWrittenAndOnlyWhereAsked) {
   std::string dir = hs::test::MakeTempDir("mmf_save");
   std::string a = dir + "/a.mmf", b = dir + "/b.mmf";
   auto image = BuildMmf(0, "", {{1, 0, 0}});
-  {
-    std::FILE* f = std::fopen(a.c_str(), "wb");
-    std::fwrite(image.data(), 1, image.size(), f);
-    std::fclose(f);
-  }
+  std::ofstream(a, std::ios::binary)
+      .write(reinterpret_cast<const char*>(image.data()), long(image.size()));
   Probe info;
   ASSERT_EQ(info.OpenMMF(a.c_str()), rc::kOk);
   ASSERT_EQ(info.SetCopyStatus(3), rc::kOk);
@@ -268,17 +266,6 @@ TEST(MMFInfoMidiSupport, HoldsValuesWithoutAnImageAndNeverSaves) {
   info.GetTrackLedStatus(0, &on);
   EXPECT_EQ(on, 0);
   EXPECT_EQ(info.Vib(15), 0);
-}
-
-TEST(MMFInfoPresets, WaveConversionDefaults) {
-  const MMF_WAVCNVT* all[] = {&g_DEFAULT_MA2LOWQTY, &g_DEFAULT_MA2HIQTY,  &g_DEFAULT_MA3LOWQTY,
-                              &g_DEFAULT_MA3HIQTY,  &g_DEFAULT_MA5LOWQTY, &g_DEFAULT_MA5HIQTY};
-  const int rates[6] = {4000, 8000, 4000, 16000, 4000, 24000};
-  for (int i = 0; i < 6; ++i) {
-    EXPECT_EQ(all[i]->nSampleRate, rates[i]);
-    EXPECT_EQ(all[i]->nMode, all[i]->nBitsPerSample == 16 ? 2 : 1);
-    EXPECT_EQ(all[i]->nChannels, 1);
-  }
 }
 
 }  // namespace

@@ -22,20 +22,14 @@ Bytes Cat(std::initializer_list<Bytes> parts) {
 }
 
 Bytes Header(int format, int tracks, int division = 96) {
-  return {'M',
-          'T',
-          'h',
-          'd',
-          0,
-          0,
-          0,
-          6,
-          0,
-          uint8_t(format),
-          uint8_t(tracks >> 8),
-          uint8_t(tracks),
-          uint8_t(division >> 8),
-          uint8_t(division)};
+  Bytes h = {'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, uint8_t(format)};
+  for (int v : {tracks, division}) h.insert(h.end(), {uint8_t(v >> 8), uint8_t(v)});
+  return h;
+}
+
+Bytes operator+(Bytes a, const Bytes& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
 }
 
 Bytes Chunk(const Bytes& body) {
@@ -47,7 +41,7 @@ Bytes Chunk(const Bytes& body) {
 
 Bytes Text(uint8_t type, const std::string& s) {
   Bytes out = {0x00, 0xFF, type, uint8_t(s.size())};
-  out.insert(out.end(), s.begin(), s.end());
+  for (char c : s) out.push_back(uint8_t(c));
   return out;
 }
 
@@ -57,22 +51,18 @@ int Load(CMidFileElement& f, const Bytes& b) {
   return f.LoadFromMemory(b.data(), static_cast<unsigned long>(b.size()));
 }
 
-struct N {
-  uint32_t start, stop;
-  int key, vel;
-  bool operator==(const N& o) const {
-    return start == o.start && stop == o.stop && key == o.key && vel == o.vel;
-  }
-};
-std::ostream& operator<<(std::ostream& os, const N& n) {
-  return os << "{" << n.start << "," << n.stop << "," << n.key << "," << n.vel << "}";
+// Loads a format 0 file whose one chunk holds `events` and the end of track.
+int LoadEvents(CMidFileElement& f, const Bytes& events) {
+  return Load(f, Header(0, 1) + Chunk(events + kEot));
 }
 
-std::vector<N> NotesOf(const CMidFileElement& f, int track) {
-  std::vector<N> out;
+// A track's notes as "{start,stop,key,velocity}" in chain order.
+std::string NotesOf(const CMidFileElement& f, int track) {
+  std::string out;
   CMidTrackElement* t = f.GetTrackByIndex(track);
   for (CMidNoteElement* n = t ? t->GetFirstNote() : nullptr; n; n = n->GetNextElement())
-    out.push_back({n->GetStartTime(), n->GetStopTime(), n->GetNoteValue(), n->GetVelocity()});
+    out += "{" + std::to_string(n->GetStartTime()) + "," + std::to_string(n->GetStopTime()) + "," +
+           std::to_string(n->GetNoteValue()) + "," + std::to_string(n->GetVelocity()) + "}";
   return out;
 }
 
@@ -82,12 +72,12 @@ Bytes Produce(CMidFileElement& f, int format, uint32_t from = 0, uint32_t to = 0
   return p ? Bytes(p, p + size) : Bytes();
 }
 
-bool Contains(const Bytes& hay, const Bytes& needle) {
-  return std::search(hay.begin(), hay.end(), needle.begin(), needle.end()) != hay.end();
+size_t Find(const Bytes& hay, const Bytes& needle, size_t from = 0) {
+  return static_cast<size_t>(
+      std::search(hay.begin() + long(from), hay.end(), needle.begin(), needle.end()) - hay.begin());
 }
-size_t Find(const Bytes& hay, const Bytes& needle) {
-  return static_cast<size_t>(std::search(hay.begin(), hay.end(), needle.begin(), needle.end()) -
-                             hay.begin());
+bool Contains(const Bytes& hay, const Bytes& needle) {
+  return Find(hay, needle) != hay.size();
 }
 
 TEST(MidFileLoad, HeaderAndChunkResultCodes) {
@@ -142,10 +132,9 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
                     {0x00, 0xFF, 0x01, 0x02, 'h', 'i'},  // plain text: ignored silently
                     {0x00, 0x01, 0x01, 'x'},             // data byte: text again via running status
                     {0x00, 0xF0, 0x03, 0x43, 0x10, 0xF7},  // other SysEx: silently dropped
-                    {0x20, 0x80, 60, 64, 0x00, 0x81, 52, 0},
-                    kEot});
+                    {0x20, 0x80, 60, 64, 0x00, 0x81, 52, 0}});
   CMidFileElement f;
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(body)})), mf::kOk);
+  ASSERT_EQ(LoadEvents(f, body), mf::kOk);
   EXPECT_EQ(f.IsInformationLost(), 0);
   EXPECT_STREQ(f.GetSongTitle(), "Song");
   EXPECT_STREQ(f.GetCopyRight(), "(c) Someone");
@@ -161,8 +150,8 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
   EXPECT_EQ(t1->GetBankSelectLSB(&v), 0);
   EXPECT_EQ(v, 3);
   EXPECT_STREQ(t1->GetTrackName(), "Song");  // the pending name of format 0
-  EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 32, 50, 80}, {16, 64, 52, 81}}));
-  EXPECT_EQ(NotesOf(f, 1), (std::vector<N>{{32, 64, 60, 100}}));
+  EXPECT_EQ(NotesOf(f, 0), "{0,32,50,80}{16,64,52,81}");
+  EXPECT_EQ(NotesOf(f, 1), "{32,64,60,100}");
   EXPECT_EQ(f.GetTrackByIndex(1)->GetProgram(), -1);
 
   // Each kind of dropped data raises the information-lost flag.
@@ -171,11 +160,9 @@ TEST(MidFileLoad, EventsRunningStatusAndDroppedData) {
       {0x00, 0xA0, 60, 5},           {0x00, 0xFF, 0x21, 0x01, 0x00}, {0x00, 0xF2, 0x01, 0x02},
       {0x00, 0xFF, 0x00, 0x02, 0, 1}};
   for (const Bytes& ev : lossy) {
-    ASSERT_EQ(
-        Load(f, Cat({Header(0, 1), Chunk(Cat({ev, {0x00, 0x90, 60, 1, 0x01, 60, 0}, kEot}))})),
-        mf::kOk);
+    ASSERT_EQ(LoadEvents(f, ev + Bytes{0x00, 0x90, 60, 1, 0x01, 60, 0}), mf::kOk);
     EXPECT_EQ(f.IsInformationLost(), 1) << int(ev[1]);
-    EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 1, 60, 1}})) << int(ev[1]);
+    EXPECT_EQ(NotesOf(f, 0), "{0,1,60,1}") << int(ev[1]);
   }
 }
 
@@ -198,41 +185,36 @@ TEST(MidFileLoad, Format1NamesAndChannelsSpreadOverChunks) {
   EXPECT_STREQ(t->GetInstrumentName(), "Flute");
   EXPECT_EQ(t->GetProgram(), 73);
   EXPECT_EQ(t->GetDivision(), 480);
-  EXPECT_EQ(NotesOf(f, 0), (std::vector<N>{{0, 96, 72, 90}, {112, 128, 40, 70}}));
+  EXPECT_EQ(NotesOf(f, 0), "{0,96,72,90}{112,128,40,70}");
 }
 
 TEST(MidFileLoad, TempoAccountingKeepsOneTempo) {
   auto tempo = [](uint32_t us) {
     return Bytes{0xFF, 0x51, 0x03, uint8_t(us >> 16), uint8_t(us >> 8), uint8_t(us)};
   };
-  CMidFileElement f;
-  ASSERT_EQ(
-      Load(f, Cat({Header(0, 1),
-                   Chunk(Cat(
-                       {{0x00}, tempo(500000), {0x00, 0x90, 60, 9, 0x40}, {0x80, 60, 0}, kEot}))})),
-      mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 120);
-  // 600000 rules 10 ticks; 500000 gets no entry of its own, so its 990 ticks are lost; 400000 is
-  // appended and rules 100 ticks until 300000, whose own span is never counted.
-  Bytes body = Cat({{0x00},
-                    tempo(600000),
-                    {0x0A},
-                    tempo(500000),
-                    {0x87, 0x5E},
-                    tempo(400000),
-                    {0x64},
-                    tempo(300000),
-                    {0x83, 0x60, 0x90, 60, 9, 0x10, 0x80, 60, 0},
-                    kEot});
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(body)})), mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 150);
-  ASSERT_EQ(
-      Load(f, Cat({Header(0, 1), Chunk(Cat({{0x00, 0x90, 60, 9, 0x10, 0x80, 60, 0}, kEot}))})),
-      mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 120);
-  // 60000000 / 700000 = 85.7 is truncated.
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(Cat({{0x00}, tempo(700000), kEot}))})), mf::kOk);
-  EXPECT_EQ(f.GetTempo(), 85);
+  const Bytes note = {0x90, 60, 9, 0x10, 0x80, 60, 0};
+  const std::pair<Bytes, int> cases[] = {
+      {Cat({{0x00}, tempo(500000), {0x00}, note}), 120},
+      // 600000 rules 10 ticks; 500000 gets no entry of its own, so its 990 ticks are lost;
+      // 400000 is appended and rules 100 ticks until 300000, whose own span is never counted.
+      {Cat({{0x00},
+            tempo(600000),
+            {0x0A},
+            tempo(500000),
+            {0x87, 0x5E},
+            tempo(400000),
+            {0x64},
+            tempo(300000),
+            {0x83, 0x60},
+            note}),
+       150},
+      {Cat({{0x00}, note}), 120},
+      {Cat({{0x00}, tempo(700000)}), 85}};  // 60000000 / 700000 = 85.7 is truncated
+  for (const auto& [body, bpm] : cases) {
+    CMidFileElement f;
+    ASSERT_EQ(LoadEvents(f, body), mf::kOk);
+    EXPECT_EQ(f.GetTempo(), bpm);
+  }
 }
 
 const char kLed[] = "*-<QV_MMF_LED>-*";
@@ -263,23 +245,19 @@ TEST(MidFileSmaf, TagsAreReadIntoTheModelAndWrittenBack) {
   EXPECT_EQ(f.GetTrackByIndex(0)->IsMMFWaveTrack(), 0);
 
   Bytes out = Produce(f, 1);
-  const std::string vibTag = std::string(kVib) + "00", ledTag = std::string(kLed) + "01";
-  Bytes vibEvent = {0xFF, 0x01, 18};
-  vibEvent.insert(vibEvent.end(), vibTag.begin(), vibTag.end());
-  Bytes ledEvent = {0xFF, 0x01, 18};
-  ledEvent.insert(ledEvent.end(), ledTag.begin(), ledTag.end());
-  Bytes waveEvent = {0xFF, 0x01, uint8_t(wave.size())};
-  waveEvent.insert(waveEvent.end(), wave.begin(), wave.end());
+  auto at = [&out](const std::string& text) {  // where the text event (without delta) starts
+    Bytes e = Text(0x01, text);
+    return Find(out, Bytes(e.begin() + 1, e.end()));
+  };
   // Each tag goes to its own track chunk, before the notes.
-  size_t secondChunk = Find(out, {'M', 'T', 'r', 'k'}) + 1;
-  secondChunk =
-      Find(Bytes(out.begin() + secondChunk, out.end()), {'M', 'T', 'r', 'k'}) + secondChunk;
-  size_t thirdChunk = out.size() - Find(Bytes(out.rbegin(), out.rend()), {'k', 'r', 'T', 'M'}) - 4;
-  EXPECT_GT(Find(out, vibEvent), secondChunk);
-  EXPECT_LT(Find(out, vibEvent), thirdChunk);
-  EXPECT_GT(Find(out, ledEvent), thirdChunk);
-  EXPECT_GT(Find(out, waveEvent), thirdChunk);
-  EXPECT_LT(Find(out, waveEvent), Find(out, {0x91, 62}));
+  size_t second = Find(out, {'M', 'T', 'r', 'k'}, 15),
+         third = Find(out, {'M', 'T', 'r', 'k'}, second + 1);
+  ASSERT_LT(third, out.size());
+  EXPECT_GT(at(std::string(kVib) + "00"), second);
+  EXPECT_LT(at(std::string(kVib) + "00"), third);
+  EXPECT_GT(at(std::string(kLed) + "01"), third);
+  EXPECT_GT(at(wave), third);
+  EXPECT_LT(at(wave), Find(out, {0x91, 62}));
 
   CMidFileElement back;
   ASSERT_EQ(Load(back, out), mf::kOk);
@@ -294,10 +272,9 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
   Bytes sysex = {0x00, 0xF0, 0x09, 0x7F, 0x7F, 0x0B, 0x01, 2, 4, 0, 6, 0xF7};
   Bytes body = Cat({sysex,
                     {0x00, 0x90, 60, 90, 0x00, 0x92, 64, 90, 0x00, 0x92, 67, 90},
-                    {0x10, 0x80, 60, 0, 0x00, 0x82, 64, 0, 0x00, 0x82, 67, 0},
-                    kEot});
+                    {0x10, 0x80, 60, 0, 0x00, 0x82, 64, 0, 0x00, 0x82, 67, 0}});
   CMidFileElement f;
-  ASSERT_EQ(Load(f, Cat({Header(0, 1), Chunk(body)})), mf::kOk);
+  ASSERT_EQ(LoadEvents(f, body), mf::kOk);
   EXPECT_EQ(f.IsSPMidi(), 1);
   EXPECT_EQ(f.GetMIPDeviceID(), 0x7F);
   uint8_t ch[16], mip[16];
@@ -335,39 +312,25 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
 }
 
 TEST(MidFileWrite, ElementOrderOfBothFormats) {
-  Bytes body = Cat({Text(0x03, "T"),
-                    Text(0x02, "C"),
-                    {0x00, 0xB0, 0, 1, 0x00, 0xC0, 9},
-                    {0x00, 0x90, 60, 200, 0x60, 0x80, 60, 0, 0x00, 0x90, 62, 90, 0x60, 0x80, 62, 0},
-                    kEot});
+  Bytes body =
+      Cat({Text(0x03, "T"),
+           Text(0x02, "C"),
+           {0x00, 0xB0, 0, 1, 0x00, 0xC0, 9},
+           {0x00, 0x90, 60, 200, 0x60, 0x80, 60, 0, 0x00, 0x90, 62, 90, 0x60, 0x80, 62, 0}});
   CMidFileElement f;
-  ASSERT_EQ(Load(f, Cat({Header(0, 1, 96), Chunk(body)})), mf::kOk);
+  ASSERT_EQ(LoadEvents(f, body), mf::kOk);
+  // Velocity 200 is written as 127 and each note-off repeats its note's velocity.
+  const Bytes tempo = {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
+              sig = {0x00, 0xFF, 0x58, 4, 4, 2, 24, 8};
+  const Bytes notes = Bytes{0x00, 0xB0, 0x00, 1,    0x00, 0xC0, 9,  0x00, 0x90, 60, 127, 0x60,
+                            0x80, 60,   127,  0x00, 0x90, 62,   90, 0x60, 0x80, 62, 90} +
+                      kEot;
+  const Bytes trk = {'M', 'T', 'r', 'k', 0, 0, 0};
   Bytes zero = Produce(f, 0);
-  Bytes expect0 = Cat({Header(0, 1, 96),
-                       {'M', 'T', 'r', 'k', 0, 0, 0, 0x34},
-                       {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
-                       {0x00, 0xFF, 0x58, 0x04, 4, 2, 24, 8},
-                       Text(0x02, "C"),
-                       Text(0x03, "T"),
-                       {0x00, 0xB0, 0x00, 1, 0x00, 0xC0, 9},
-                       {0x00, 0x90, 60, 127, 0x60, 0x80, 60, 127, 0x00, 0x90, 62, 90},
-                       {0x60, 0x80, 62, 90},
-                       kEot});
-  EXPECT_EQ(zero, expect0);
-  Bytes one = Produce(f, 1);
-  Bytes expect1 = Cat({Header(1, 2, 96),
-                       {'M', 'T', 'r', 'k', 0, 0, 0, 0x18},
-                       {0x00, 0xFF, 0x58, 0x04, 4, 2, 24, 8},
-                       {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20},
-                       Text(0x02, "C"),
-                       kEot,
-                       {'M', 'T', 'r', 'k', 0, 0, 0, 0x20},
-                       Text(0x03, "T"),
-                       {0x00, 0xB0, 0x00, 1, 0x00, 0xC0, 9},
-                       {0x00, 0x90, 60, 127, 0x60, 0x80, 60, 127, 0x00, 0x90, 62, 90},
-                       {0x60, 0x80, 62, 90},
-                       kEot});
-  EXPECT_EQ(one, expect1);
+  EXPECT_EQ(zero, Header(0, 1, 96) + trk + Bytes{0x34} + tempo + sig + Text(0x02, "C") +
+                      Text(0x03, "T") + notes);
+  EXPECT_EQ(Produce(f, 1), Header(1, 2, 96) + trk + Bytes{0x18} + sig + tempo + Text(0x02, "C") +
+                               kEot + trk + Bytes{0x20} + Text(0x03, "T") + notes);
   EXPECT_EQ(Produce(f, CMidFileElement::kFormatLoaded), zero);
   EXPECT_EQ(Produce(f, 2), Bytes());
   EXPECT_EQ(f.GetLastResult(), mf::kErrFormat);

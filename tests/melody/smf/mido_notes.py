@@ -20,13 +20,9 @@ import mido
 def main(path):
     mid = mido.MidiFile(path, clip=True)
     tempo_list = []  # [microseconds, ticks]
-    cur_tempo = None
-    since_tempo = 0
+    cur_tempo, since_tempo = None, 0
     notes = {}  # channel -> list of [start, stop, key, velocity]
-    event_time = {}
-    program = {}
-    msb = {}
-    lsb = {}
+    event_time, program, msb, lsb = {}, {}, {}, {}
     running = {}  # channel -> the track's running note-event time
     for track in mid.tracks:
         tick = 0
@@ -35,17 +31,12 @@ def main(path):
             tick += msg.time
             since_tempo += msg.time
             if msg.type == 'set_tempo' and msg.tempo:
-                if cur_tempo is None:
+                entry = next((e for e in tempo_list if e[0] == cur_tempo), None)
+                if entry is None:
                     tempo_list.append([msg.tempo, 0])
                 else:
-                    for entry in tempo_list:
-                        if entry[0] == cur_tempo:
-                            entry[1] += since_tempo
-                            break
-                    else:
-                        tempo_list.append([msg.tempo, 0])
-                cur_tempo = msg.tempo
-                since_tempo = 0
+                    entry[1] += since_tempo
+                cur_tempo, since_tempo = msg.tempo, 0
             elif msg.type == 'program_change':
                 program[msg.channel] = msg.program
             elif msg.type == 'control_change' and msg.control in (0, 32):
@@ -60,31 +51,19 @@ def main(path):
                     last_note_tick = tick
                 else:
                     at = tick
-                t0 = event_time.get(msg.channel, 0)
-                if at >= t0:
+                pos = len(chain)
+                if at >= event_time.get(msg.channel, 0):
                     event_time[msg.channel] = at
-                    pos = len(chain)
                 else:
-                    pos = len(chain)
                     while pos > 0 and chain[pos - 1][0] > at:
                         pos -= 1
-                if not on:
-                    for i in range(pos - 1, -1, -1):
-                        if chain[i][2] == msg.note:
-                            if chain[i][1] == 0:
-                                chain[i][1] = at
-                                break
-                            chain.insert(pos, [at, 0, msg.note, msg.velocity])
-                            break
-                    else:
-                        chain.insert(pos, [at, 0, msg.note, msg.velocity])
+                same = next((n for n in reversed(chain[:pos]) if n[2] == msg.note), None)
+                if not on and same is not None and same[1] == 0:
+                    same[1] = at
                 else:
                     chain.insert(pos, [at, 0, msg.note, msg.velocity])
     if tempo_list:
-        best = tempo_list[0]
-        for entry in tempo_list:
-            if entry[1] > best[1]:
-                best = entry
+        best = max(tempo_list, key=lambda e: e[1])  # the first of equals
         print('tempo', min(int(60000000.0 / best[0]), 65535))
     else:
         print('tempo', 120)

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "handset/pim/BkmkFuncs.h"
@@ -67,17 +68,12 @@ TEST(BkmkExport, LegalAndUniqueFileNames) {
   CBkmkObj* sub = AddFolder(&root, "Sub");
   AddBookmark(sub, "x", "http://x");
   // Mail.vbm and the folder Sub are there before the export.
-  {
-    std::FILE* f = std::fopen((dir + "/Mail.vbm").c_str(), "wb");
-    std::fclose(f);
-  }
+  std::ofstream(dir + "/Mail.vbm").close();
   fs::create_directory(dir + "/Sub");
   CStringList written;
   ASSERT_EQ(_BKMK_ExportVbkm(&root, dir.c_str(), BKMK_FLAG_NONE, &written), 1);
-  EXPECT_TRUE(fs::exists(dir + "/a_b_c.vbm"));
-  EXPECT_TRUE(fs::exists(dir + "/Mail(1).vbm"));
-  EXPECT_TRUE(fs::exists(dir + "/q_______.vbm"));
-  EXPECT_TRUE(fs::exists(dir + "/Sub(1)/x.vbm"));
+  for (const char* name : {"a_b_c.vbm", "Mail(1).vbm", "q_______.vbm", "Sub(1)/x.vbm"})
+    EXPECT_TRUE(fs::exists(dir + "/" + name)) << name;
   EXPECT_EQ(written.GetCount(), 4);
   CStringList names;
   EXPECT_EQ(_BKMK_GetContainFileNames(dir.c_str(), names), 4);
@@ -116,11 +112,7 @@ TEST(BkmkExport, TreeExportedAndImportedBackIsEqual) {
 TEST(BkmkImport, SelectedFilesAndFailures) {
   std::string dir = hs::test::MakeTempDir("bkmk-import");
   std::string good = dir + "/good.vbm", bad = dir + "/bad.vbm", extra = dir + "/extra.vbm";
-  auto write = [](const std::string& p, const char* text) {
-    std::FILE* f = std::fopen(p.c_str(), "wb");
-    std::fputs(text, f);
-    std::fclose(f);
-  };
+  auto write = [](const std::string& p, const char* text) { std::ofstream(p) << text; };
   write(good, "BEGIN:VBKM\nVERSION:1.0\nTITLE:T\nURL:http://t\nEND:VBKM\n");
   write(bad, "BEGIN:VCARD\nEND:VCARD\n");
   write(extra, "BEGIN:VBKM\nVERSION:1.0\nTITLE:E\nURL:http://e\nX-IRMC-LUID:12\nEND:VBKM\n");

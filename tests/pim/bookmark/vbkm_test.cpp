@@ -87,12 +87,11 @@ TEST(Vbkm, ForeignShapesOfTheShortcutAndMissingRows) {
 
 TEST(IEVbkm, ExtractFilename) {
   CIEVbkm v;
-  EXPECT_EQ(v._ExtractFilename("Search.url"), "Search");
-  EXPECT_EQ(v._ExtractFilename("archive.backup"), "archive.backup");
-  EXPECT_EQ(v._ExtractFilename("a.b.htm"), "a.b");
-  EXPECT_EQ(v._ExtractFilename("noext"), "noext");
-  EXPECT_EQ(v._ExtractFilename("x.html"), "x");
-  EXPECT_EQ(v._ExtractFilename(""), "");
+  const std::pair<const char*, const char*> cases[] = {
+      {"Search.url", "Search"}, {"archive.backup", "archive.backup"},
+      {"a.b.htm", "a.b"},       {"noext", "noext"},
+      {"x.html", "x"},          {"", ""}};
+  for (const auto& [in, out] : cases) EXPECT_EQ(v._ExtractFilename(in), out) << in;
   EXPECT_EQ(v._ExtractFilename(nullptr), "");
 }
 

@@ -83,12 +83,8 @@ TEST_F(CalTime, DaylightSavingNeverMovesADate) {
   EXPECT_EQ(ME_CAL_DATE(2007, 1, 1, 13).ToTimeT(), static_cast<time_t>(1167652800));
   // Across both changes, hour by hour: time -> date -> time and date -> time -> date are exact,
   // including 02:30 on the spring day, which a summer clock skips.
-  for (time_t t = 1174690800; t < 1174690800 + 3 * 86400; t += 1800) {
-    ME_CAL_DATE d(t);
-    EXPECT_EQ(d.ToTimeT(), t);
-  }
-  for (time_t t = 1193529600; t < 1193529600 + 3 * 86400; t += 1800)
-    EXPECT_EQ(ME_CAL_DATE(t).ToTimeT(), t);
+  for (time_t start : {1174690800, 1193529600})
+    for (time_t t = start; t < start + 3 * 86400; t += 1800) EXPECT_EQ(ME_CAL_DATE(t).ToTimeT(), t);
   ME_CAL_DATE skipped(2007, 3, 25, 2, 30, 0);
   EXPECT_EQ(ME_CAL_DATE(skipped.ToTimeT()), skipped);
 }
@@ -140,22 +136,19 @@ TEST(CalendarInfo, EmptyRecordAndImageLayout) {
   EXPECT_EQ(WordAt(img, 116), 0x7FFFFFFFu);
 
   img = Image(Sample());
-  EXPECT_EQ(WordAt(img, 0), 2u);
-  EXPECT_EQ(WordAt(img, 12 + 8), 29u);  // start day
-  EXPECT_EQ(WordAt(img, 60 + 20), 5u);  // alarm second
-  EXPECT_EQ(WordAt(img, 108), 3u);
-  EXPECT_EQ(WordAt(img, 148), 0x80000001u);
-  EXPECT_EQ(WordAt(img, 164), 42u);
+  // Type, start day, alarm second, repeat, handle, index, alarm sound.
+  const std::pair<size_t, uint32_t> words[] = {{0, 2},
+                                               {12 + 8, 29},
+                                               {60 + 20, 5},
+                                               {108, 3},
+                                               {148, 0x80000001u},
+                                               {164, 42},
+                                               {4080, static_cast<uint32_t>(-7)}};
+  for (const auto& [at, v] : words) EXPECT_EQ(WordAt(img, at), v) << at;
   // Unaligned text fields: each starts at its offset and ends before the next one.
-  EXPECT_EQ(img[168], 'S');
-  EXPECT_EQ(img[679], 0);
-  EXPECT_EQ(img[2216], 'C');
-  EXPECT_EQ(img[2727], 'C');
-  EXPECT_EQ(img[2728], 0);
-  EXPECT_EQ(img[2729], 'P');
-  EXPECT_EQ(img[3755], 'K');
-  EXPECT_EQ(img[3820], 'F');
-  EXPECT_EQ(WordAt(img, 4080), static_cast<uint32_t>(-7));
+  const std::pair<size_t, char> bytes[] = {{168, 'S'}, {679, 0},    {2216, 'C'}, {2727, 'C'},
+                                           {2728, 0},  {2729, 'P'}, {3755, 'K'}, {3820, 'F'}};
+  for (const auto& [at, c] : bytes) EXPECT_EQ(img[at], c) << at;
 
   CCalendarInfo e = Sample();
   e.Empty();

@@ -16,32 +16,28 @@ std::string Dec(CQP& qp, const char* in) {
 
 TEST(QpDecode, EscapesSoftBreaksAndCutShortInput) {
   CQP qp;
-  EXPECT_EQ(Dec(qp, "=41=42"), "AB");
-  EXPECT_EQ(Dec(qp, "=4a"), "4a");  // lower-case digits are no escape: only '=' goes
-  EXPECT_EQ(Dec(qp, "=3d"), "3d");
-  EXPECT_EQ(Dec(qp, "abc=\r\ndef"), "abcdef");
-  EXPECT_EQ(Dec(qp, "a=\rb"), "a\rb");  // CR without LF is no soft break
-  EXPECT_EQ(Dec(qp, "x=G1y"), "xG1y");
-  EXPECT_EQ(Dec(qp, "==41"), "A");
-  EXPECT_EQ(Dec(qp, "abc="), "<null>");
-  EXPECT_EQ(Dec(qp, "abc=4"), "<null>");
-  EXPECT_EQ(Dec(qp, "=\r"), "<null>");
-  EXPECT_EQ(Dec(qp, ""), "");
+  const std::pair<const char*, const char*> cases[] = {
+      {"=41=42", "AB"},
+      {"=4a", "4a"},  // lower-case digits are no escape: only '=' goes
+      {"=3d", "3d"},
+      {"abc=\r\ndef", "abcdef"},
+      {"a=\rb", "a\rb"},  // CR without LF is no soft break
+      {"x=G1y", "xG1y"},
+      {"==41", "A"},
+      {"abc=", "<null>"},
+      {"abc=4", "<null>"},
+      {"=\r", "<null>"},
+      {"", ""},
+      {"caf=C3=A9", "caf\xC3\xA9"}};
+  for (const auto& [in, out] : cases) EXPECT_EQ(Dec(qp, in), out) << in;
+  EXPECT_EQ(qp.GetLength(), 5u);  // of the last text decoded
   EXPECT_EQ(qp.Decode(nullptr), nullptr);
-  const char* r = qp.Decode("caf=C3=A9");
-  ASSERT_NE(r, nullptr);
-  EXPECT_EQ(std::string(r), "caf\xC3\xA9");
-  EXPECT_EQ(qp.GetLength(), 5u);
 }
 
 TEST(QpEncode, CopySetHexAndTheSingleDigitQuirk) {
   CQP qp;
-  EXPECT_STREQ(qp.Encode("a=b"), "a=3Db");
-  EXPECT_STREQ(qp.Encode("#"), "=23");
-  EXPECT_STREQ(qp.Encode("["), "=5B");
-  EXPECT_STREQ(qp.Encode("%<>?_ Zz09"), "%<>?_ Zz09");
-  EXPECT_STREQ(qp.Encode("!\"$@\\]^`{|}~\x7F"), "=21=22=24=40=5C=5D=5E=60=7B=7C=7D=7E=7F");
-  EXPECT_STREQ(qp.Encode("\xC3\xA9\x1F"), "=C3=A9=1F");
+  // Every other byte value is checked against a model below.
+  EXPECT_STREQ(qp.Encode("a=b#[%<>?_ Zz09\xC3\xA9"), "a=3Db=23=5B%<>?_ Zz09=C3=A9");
   // A tab gives one digit and a NUL: the text ends there.
   const char* tab = qp.Encode("a\tb");
   EXPECT_EQ(std::memcmp(tab, "a=9\0", 5), 0);
@@ -128,7 +124,7 @@ TEST(QpBlocks, LongRandomTextsMatchAByteAtATimeModel) {
     int density = 1 + static_cast<int>(rng() % 30);  // from dense escapes to long clean runs
     for (char& c : s) {
       if (static_cast<int>(rng() % 32) < density)
-        c = alphabet[rng() % (sizeof(alphabet) - 1)];
+        c = rng() % 8 ? alphabet[rng() % (sizeof(alphabet) - 1)] : char(rng() % 255 + 1);
       else
         c = static_cast<char>('a' + rng() % 26);
     }
@@ -141,22 +137,6 @@ TEST(QpBlocks, LongRandomTextsMatchAByteAtATimeModel) {
     }
     const char* enc = qp.Encode(s.c_str());
     ASSERT_EQ(std::string(enc), ModelEncode(s)) << s;
-  }
-}
-
-TEST(QpDecode, RandomInputStaysInBounds) {
-  std::mt19937 rng(11);
-  CQP qp;
-  const char alphabet[] = "=\r\n0123456789ABCDEFabcdefXYZ \t";
-  for (int round = 0; round < 3000; ++round) {
-    std::string s(static_cast<size_t>(rng() % 40), ' ');
-    for (char& c : s)
-      c = rng() % 4 ? alphabet[rng() % (sizeof(alphabet) - 1)] : char(rng() % 255 + 1);
-    const char* r = qp.Decode(s.c_str());
-    if (r) {
-      ASSERT_LE(std::strlen(r), s.size());
-    }
-    qp.Encode(s.c_str());
   }
 }
 

@@ -120,20 +120,24 @@ TEST(VObjParse, QuotedPrintableFoldedOverThreeLinesIsOneValue) {
 }
 
 TEST(VObjParams, EncodingIgnoresCaseCharsetIsExact) {
-  int32_t v = -1;
-  EXPECT_TRUE(CProperty::ReadEncoding("ENCODING=quoted-printable", &v));
-  EXPECT_EQ(v, VOBJ_ENC_QP);
-  EXPECT_TRUE(CProperty::ReadEncoding("ENCODING=Base64", &v));
-  EXPECT_EQ(v, VOBJ_ENC_BASE64);
-  EXPECT_FALSE(CProperty::ReadEncoding("ENCODING=8BIT", &v));
-  EXPECT_EQ(v, 0);
-  EXPECT_TRUE(CProperty::ReadCharset("CHARSET=UTF_8", &v));
-  EXPECT_EQ(v, VOBJ_CHARSET_UTF_8);
-  EXPECT_TRUE(CProperty::ReadCharset("CHARSET=SHIFT_JIS", &v));
-  EXPECT_EQ(v, VOBJ_CHARSET_SHIFT_JIS);
-  for (const char* bad : {"CHARSET=utf_8", "CHARSET=UTF-8", "CHARSET=Shift_JIS", "CHARSET="}) {
-    EXPECT_FALSE(CProperty::ReadCharset(bad, &v)) << bad;
-    EXPECT_EQ(v, 0) << bad;
+  struct Case {
+    bool charset;
+    const char* text;
+    int32_t value;  // 0: not recognised
+  } cases[] = {{false, "ENCODING=quoted-printable", VOBJ_ENC_QP},
+               {false, "ENCODING=Base64", VOBJ_ENC_BASE64},
+               {false, "ENCODING=8BIT", 0},
+               {true, "CHARSET=UTF_8", VOBJ_CHARSET_UTF_8},
+               {true, "CHARSET=SHIFT_JIS", VOBJ_CHARSET_SHIFT_JIS},
+               {true, "CHARSET=utf_8", 0},
+               {true, "CHARSET=UTF-8", 0},
+               {true, "CHARSET=Shift_JIS", 0},
+               {true, "CHARSET=", 0}};
+  for (const Case& c : cases) {
+    int32_t v = -1;
+    bool ok = c.charset ? CProperty::ReadCharset(c.text, &v) : CProperty::ReadEncoding(c.text, &v);
+    EXPECT_EQ(ok, c.value != 0) << c.text;
+    EXPECT_EQ(v, c.value) << c.text;
   }
 }
 
@@ -155,18 +159,16 @@ TEST(VObjCompose, SizeContractParametersAndBase64) {
 }
 
 TEST(VObjHelpers, CtrlTextUrlSchemesAndBase64) {
-  EXPECT_TRUE(CVObjLite::IsCtrlText("<title>"));
-  EXPECT_TRUE(CVObjLite::IsCtrlText("<>"));
-  EXPECT_FALSE(CVObjLite::IsCtrlText("<title"));
-  EXPECT_FALSE(CVObjLite::IsCtrlText("title>"));
-  EXPECT_FALSE(CVObjLite::IsCtrlText("<"));
-  EXPECT_FALSE(CVObjLite::IsCtrlText(""));
-  EXPECT_FALSE(CVObjLite::IsCtrlText(nullptr));
-  EXPECT_EQ(_StripURLScheme("http://a.b/c"), "a.b/c");
-  EXPECT_EQ(_StripURLScheme("see https://x"), "x");
-  EXPECT_EQ(_StripURLScheme("rtsp://m/s"), "m/s");
-  EXPECT_EQ(_StripURLScheme("https://a/?u=http://b"), "b");  // "http://" is tried first
-  EXPECT_EQ(_StripURLScheme("ftp://f"), "ftp://f");
+  for (const char* t : {"<title>", "<>"}) EXPECT_TRUE(CVObjLite::IsCtrlText(t)) << t;
+  for (const char* t : {"<title", "title>", "<", "", static_cast<const char*>(nullptr)})
+    EXPECT_FALSE(CVObjLite::IsCtrlText(t)) << (t ? t : "null");
+  const std::pair<const char*, const char*> urls[] = {
+      {"http://a.b/c", "a.b/c"},
+      {"see https://x", "x"},
+      {"rtsp://m/s", "m/s"},
+      {"https://a/?u=http://b", "b"},  // "http://" is tried first
+      {"ftp://f", "ftp://f"}};
+  for (const auto& [in, out] : urls) EXPECT_EQ(_StripURLScheme(in), out) << in;
   CString out;
   for (const char* s : {"", "f", "fo", "foo", "foob", "fooba", "foobar"}) {
     ASSERT_TRUE(_VObjBase64Decode(_VObjBase64Encode(s, std::strlen(s)).c_str(), &out));
