@@ -34,41 +34,9 @@ std::vector<std::string> CorpusFiles(const std::string& sub) {
   return files;
 }
 
-std::string DataPath(const std::string& name) {
-  return (fs::path(HANDSET_SOURCE_DIR) / "tests" / "data" / name).string();
-}
-
 std::vector<uint8_t> ReadBytes(const std::string& path) {
   std::vector<uint8_t> out;
   if (!hs::os::ReadFile(path, &out)) out.clear();
-  return out;
-}
-
-std::vector<uint8_t> FromHex(const std::string& text) {
-  std::vector<uint8_t> out;
-  int nibble = -1;
-  bool comment = false;
-  for (char c : text) {
-    if (comment) {
-      comment = c != '\n';
-      continue;
-    }
-    if (c == '#') {
-      comment = true;
-      continue;
-    }
-    int v = (c >= '0' && c <= '9')   ? c - '0'
-            : (c >= 'a' && c <= 'f') ? c - 'a' + 10
-            : (c >= 'A' && c <= 'F') ? c - 'A' + 10
-                                     : -1;
-    if (v < 0) continue;
-    if (nibble < 0) {
-      nibble = v;
-    } else {
-      out.push_back(static_cast<uint8_t>(nibble * 16 + v));
-      nibble = -1;
-    }
-  }
   return out;
 }
 

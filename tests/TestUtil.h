@@ -12,11 +12,7 @@ namespace test {
 std::string CorpusDir();
 /// Files of the corpus folder `sub` ("mid", "amr", ...), sorted; empty when absent.
 std::vector<std::string> CorpusFiles(const std::string& sub);
-/// A fixture of tests/data.
-std::string DataPath(const std::string& name);
 std::vector<uint8_t> ReadBytes(const std::string& path);
-/// Bytes from annotated hex text: hex pairs, with '#' starting a comment to the line end.
-std::vector<uint8_t> FromHex(const std::string& text);
 /// A fresh empty folder under the system temporary folder.
 std::string MakeTempDir(const std::string& tag);
 /// Runs a shell command; returns its exit status and fills `out` with its standard output.
