@@ -81,7 +81,7 @@ TEST(Mid2iMelody, RefusesWhatIMelodyCannotHold) {
   auto off = Model({{0, 120, 60}});
   off->GetTrackByIndex(0)->SetEnable(0);
   int rc = -99;
-  EXPECT_EQ(Convert(conv, off.get(), &rc), std::string(kHeader) + "MELODY:\r\nEND:IMELODY\r\n");
+  EXPECT_EQ(Convert(conv, off.get(), &rc), std::string(kHeader) + "END:IMELODY\r\n");
   EXPECT_EQ(rc, hs::mid2imy::kErrNoEnabledTrack);
   EXPECT_EQ(conv.DoConvert2File("/nonexistent/x.mid", "/tmp/x.imy"), hs::midifile::kErrOpen);
   EXPECT_EQ(conv.GetLoadResult(), hs::midifile::kErrOpen);
