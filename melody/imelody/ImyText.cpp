@@ -14,12 +14,13 @@ const bool kSharp[12] = {false, true,  false, true,  false, false,
                          true,  false, true,  false, true,  false};
 
 const char* OctavePrefix(int key) {
-  // 96 is written as the sharp of 95, so it shares 95's octave to read back as itself.
+  // 96 has no octave of its own here and takes the default "*4" like any key outside the table,
+  // so it reads back an octave lower (as 60).
   if (key >= 37 && key <= 47) return "*3";
   if (key >= 48 && key <= 59) return "";
   if (key >= 60 && key <= 71) return "*5";
   if (key >= 72 && key <= 83) return "*6";
-  if (key >= 84 && key <= 96) return "*7";
+  if (key >= 84 && key <= 95) return "*7";
   return "*4";
 }
 

@@ -5,8 +5,8 @@
 namespace hs {
 namespace imy {
 
-/// Lowest and highest key an iMelody token can carry here: b in octave 3 up to the sharp of b in
-/// octave 7.
+/// Lowest and highest key an iMelody token can carry here: b in octave 3 up to the sharp of b
+/// (96, written with the default octave prefix "*4").
 constexpr int kLowestKey = 47;
 constexpr int kHighestKey = 96;
 /// Tokens per melody line before the line is broken.

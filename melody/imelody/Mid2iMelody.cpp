@@ -62,21 +62,18 @@ int CMid2iMelody::_ProduceMelody() {
       break;
     }
   }
+  // Without a track to write there is no melody at all, not even an empty MELODY line.
+  if (!track) return hs::mid2imy::kErrNoEnabledTrack;
   hs::imy::MelodyLines lines(m_strOutput, m_nNoteLimit, m_nSizeLimit);
-  int rc = hs::mid2imy::kOk;
-  if (!track) {
-    rc = hs::mid2imy::kErrNoEnabledTrack;
-  } else {
-    NoteIDInfo id{};
-    int more = track->GetFirstIDs(&id, m_pMidFile->GetSelectStartTimePoint(),
-                                  m_pMidFile->GetSelectStopTimePoint());
-    // A silent note is how iMelody rests come back from a MIDI file, so it is written as a rest.
-    while (more == 0 &&
-           lines.Add(id.bRest != 0 || id.byVelocity == 0, id.byNoteValue, id.nDurationID))
-      more = track->GetNextIDs(&id);
-  }
+  NoteIDInfo id{};
+  int more = track->GetFirstIDs(&id, m_pMidFile->GetSelectStartTimePoint(),
+                                m_pMidFile->GetSelectStopTimePoint());
+  // A silent note is how iMelody rests come back from a MIDI file, so it is written as a rest.
+  while (more == 0 &&
+         lines.Add(id.bRest != 0 || id.byVelocity == 0, id.byNoteValue, id.nDurationID))
+    more = track->GetNextIDs(&id);
   m_strOutput += lines.Finish();
-  return rc;
+  return hs::mid2imy::kOk;
 }
 
 int CMid2iMelody::DoConvert2Str(const char* midiPath, CString& text) {

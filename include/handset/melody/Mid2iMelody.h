@@ -11,9 +11,10 @@ class CMidFileElement;
 ///
 /// Notes and rests come from the track's duration codes (mode MIDEVENT_MODE_MELODY, so chords
 /// collapse to their first note); a note of velocity 0 is written as a rest. iMelody holds keys 47
-/// (b, octave 3) to 96 (the sharp of b, octave 7); a key outside that range is moved by whole
-/// octaves into it (a C1 is written as the c of octave 4, key 108 as key 96), so the tune keeps its
-/// notes at a playable pitch. The name set by SetiMelodyName is not written. Note and size limits
+/// (b, octave 3) to 96 (the sharp of b); a key outside that range is moved by whole octaves into
+/// it (a C1 is written as the c of octave 4, key 108 as key 96), so the tune keeps its notes at a
+/// playable pitch. Key 96 carries no octave prefix of its own: it is written "*4#b", which reads
+/// back as 60. The name set by SetiMelodyName is not written. Note and size limits
 /// cut the melody short and never fail.
 class HANDSET_API CMid2iMelody {
  public:

