@@ -99,9 +99,16 @@ TEST(VObjParse, NestedObjectsAndPlaceholderBindings) {
   EXPECT_EQ(broken.GetErrorCode(), -2);  // DATA, row 1 of the nested template
 
   // A placeholder without a binding has no value and cannot be composed.
+  // Composing stops at it, and the lines before it are still written.
   CTestObj unbound(kNote);
-  ASSERT_TRUE(unbound.Parse("BEGIN:VNOTE\nBODY:x\nEND:VNOTE\n"));
+  ASSERT_TRUE(unbound.Parse("BEGIN:VNOTE\nBODY:x\nX-TAG:a\nEND:VNOTE\n"));
   EXPECT_EQ(unbound.SetPropTableValue("NOPE", "v"), nullptr);
+  ASSERT_NE(unbound.SetPropTableValue("X-TAG", "<unbound>"), nullptr);
+  char* buf = nullptr;
+  int size = 0;
+  EXPECT_FALSE(unbound.Composing(buf, size));
+  EXPECT_EQ(std::string(buf, static_cast<size_t>(size)), "BEGIN:VNOTE\r\nBODY:x\r\n");
+  delete[] buf;
 }
 
 TEST(VObjParse, QuotedPrintableFoldedOverThreeLinesIsOneValue) {
