@@ -249,14 +249,14 @@ bool CVObjLite::ParseString(CStringList& lines, CPropertyList& props, const _For
               matched = r;
             }
           } else if (row.name && StartsWith(line, row.name)) {
+            // A line that matches its row but holds no usable value (no ':', a cut-short
+            // escape) is dropped; the row still counts as present.
             CProperty* p = new CProperty;
             if (p->Build(line.c_str(), &row)) {
               self._BindValue(p, row);
               props.AddTail(p);
             } else {
               delete p;
-              self.m_setAside.AddTail(line);
-              ok = false;
             }
             ++st.cur;
             matched = r;

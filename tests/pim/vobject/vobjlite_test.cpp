@@ -99,9 +99,16 @@ TEST(VObjParse, NestedObjectsAndPlaceholderBindings) {
   EXPECT_EQ(broken.GetErrorCode(), -2);  // DATA, row 1 of the nested template
 
   // A placeholder without a binding has no value and cannot be composed.
+  // Composing stops at it, and the lines before it are still written.
   CTestObj unbound(kNote);
-  ASSERT_TRUE(unbound.Parse("BEGIN:VNOTE\nBODY:x\nEND:VNOTE\n"));
+  ASSERT_TRUE(unbound.Parse("BEGIN:VNOTE\nBODY:x\nX-TAG:a\nEND:VNOTE\n"));
   EXPECT_EQ(unbound.SetPropTableValue("NOPE", "v"), nullptr);
+  ASSERT_NE(unbound.SetPropTableValue("X-TAG", "<unbound>"), nullptr);
+  char* buf = nullptr;
+  int size = 0;
+  EXPECT_FALSE(unbound.Composing(buf, size));
+  EXPECT_EQ(std::string(buf, static_cast<size_t>(size)), "BEGIN:VNOTE\r\nBODY:x\r\n");
+  delete[] buf;
 }
 
 TEST(VObjParse, QuotedPrintableFoldedOverThreeLinesIsOneValue) {
@@ -153,9 +160,14 @@ TEST(VObjCompose, SizeContractParametersAndBase64) {
   o.SetPropTableValue("BODY", "hello");
   EXPECT_EQ(o.Compose(),
             "BEGIN:VNOTE\r\nBODY;ENCODING=BASE64;LANGUAGE=en;X-Y=z:aGVsbG8=\r\nEND:VNOTE\r\n");
-  CTestObj bad(kNote);
-  EXPECT_FALSE(bad.Parse("BEGIN:VNOTE\nBODY;ENCODING=BASE64:a$b\nEND:VNOTE\n"));
-  EXPECT_EQ(bad.GetSetAsideLines().GetCount(), 1);
+  // A line of a known row without a usable value is dropped, yet its row counts as present.
+  for (const char* body :
+       {"BODY;ENCODING=BASE64:a$b", "BODY", "BODY;ENCODING=QUOTED-PRINTABLE:a=4"}) {
+    CTestObj bad(kNote);
+    EXPECT_TRUE(bad.Parse(std::string("BEGIN:VNOTE\n") + body + "\nEND:VNOTE\n")) << body;
+    EXPECT_EQ(bad.GetPropTableValue("BODY"), nullptr) << body;
+    EXPECT_TRUE(bad.GetSetAsideLines().IsEmpty()) << body;
+  }
 }
 
 TEST(VObjHelpers, CtrlTextUrlSchemesAndBase64) {
