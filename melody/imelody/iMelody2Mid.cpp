@@ -203,7 +203,8 @@ int CiMelody2Mid::_WalkMelody(const CString& s, int depth) {
                        depth + 1);
       i = static_cast<int>(close);
     } else if (c == '@' && IsDigit(next) && depth > 0) {
-      long count = ReadNumber(s.data() + i + 1, s.data() + len, 1000000000L);
+      // The count is the one digit after "@"; anything after it in the block is not walked.
+      const long count = next - '0';
       CString prefix = s.substr(0, static_cast<size_t>(i));
       size_t v = s.find('V', static_cast<size_t>(i));
       CString volume = v == std::string::npos ? CString() : CString(s.substr(v));
