@@ -1016,9 +1016,12 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       ++enabledIndex;
     }
     body.push_back(0xF7);
+    // The declared length counts a pair for every enabled track (at most 16), even an empty one
+    // whose pair is not written.
+    const int enabledTracks = std::min(GetEnabledTrackNum(), static_cast<int>(kMaxMipPairs));
     w.u8(0);
     w.u8(0xF0);
-    w.vlq(static_cast<uint32_t>(body.size()));
+    w.u8(static_cast<uint8_t>(5 + 2 * enabledTracks));
     w.bytes(body.data(), body.size());
   };
   auto writeTrackInfo = [&](CMidTrackElement* t) {

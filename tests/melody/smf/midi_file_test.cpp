@@ -307,6 +307,13 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
   EXPECT_EQ(values[0], 3);
   EXPECT_EQ(values[1], 4);
   EXPECT_EQ(values[2], 5);
+  // An enabled empty track adds to the declared length but writes no pair.
+  f.AddTrack(-1, 6);
+  out = Produce(f, 1);
+  const size_t sx = Find(out, {0xF0});
+  ASSERT_LT(sx + 14, out.size());
+  EXPECT_EQ(out[sx + 1], 5 + 2 * 4);
+  EXPECT_EQ(out[sx + 12], 0xF7);
   f.SetSPMidiMode(0);
   EXPECT_FALSE(Contains(Produce(f, 1), {0xF0}));
 }
