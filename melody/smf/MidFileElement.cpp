@@ -927,8 +927,12 @@ int CMidFileElement::GetVibStatus(int track, int* on) const {
 int CMidFileElement::CalcMIPValues(int values[kMaxMipPairs]) {
   std::vector<int> reserved;
   for (CMidTrackElement* t = m_pTrackHead; t && reserved.size() < kMaxMipPairs;
-       t = t->GetNextElement())
-    if (t->IsEnabled()) reserved.push_back(t->CaculateReservedValue());
+       t = t->GetNextElement()) {
+    if (!t->IsEnabled()) continue;
+    // The stored count: a track without notes keeps its earlier value (-1 when never counted).
+    t->CaculateReservedValue();
+    reserved.push_back(t->GetReservedValue());
+  }
   const int enabled = static_cast<int>(reserved.size());
   if (enabled == 0) return 0;
   int r = reserved[0];

@@ -314,6 +314,11 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
   ASSERT_LT(sx + 14, out.size());
   EXPECT_EQ(out[sx + 1], 5 + 2 * 4);
   EXPECT_EQ(out[sx + 12], 0xF7);
+  // Running sums take the empty track's stored count of -1.
+  f.SetSPMidiMode(1, 2);
+  ASSERT_EQ(f.CalcMIPValues(values), 4);
+  EXPECT_EQ(values[2], 7);
+  EXPECT_EQ(values[3], 6);
   f.SetSPMidiMode(0);
   EXPECT_FALSE(Contains(Produce(f, 1), {0xF0}));
 }
