@@ -995,7 +995,10 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
   w.fourcc("MThd");
   w.u32be(6);
   w.u16be(static_cast<uint16_t>(format));
-  w.u16be(static_cast<uint16_t>(format == 0 ? 1 : tracks.size() + 1));
+  // With enabledOnly the count is of enabled tracks, empty ones included although they get no
+  // chunk; readers settle for the chunks present.
+  const size_t declared = enabledOnly ? static_cast<size_t>(GetEnabledTrackNum()) : m_nTrackNum;
+  w.u16be(static_cast<uint16_t>(format == 0 ? 1 : declared + 1));
   w.u16be(m_nDivision);
 
   const uint16_t tempo = m_nTempo ? m_nTempo : 120;

@@ -359,6 +359,14 @@ TEST(MidFileWrite, ElementOrderOfBothFormats) {
   f.GetTrackByIndex(1)->SetEnable(0);
   Bytes enabled = Produce(f, 0, 0, 0, 1);
   EXPECT_EQ(Bytes(enabled.begin(), enabled.begin() + 14), Header(1, 2, 96));
+  // An enabled empty track is counted in the header but gets no chunk.
+  f.AddTrack();
+  enabled = Produce(f, 0, 0, 0, 1);
+  EXPECT_EQ(Bytes(enabled.begin(), enabled.begin() + 14), Header(1, 3, 96));
+  size_t chunks = 0;
+  for (size_t at = Find(enabled, trk); at < enabled.size(); at = Find(enabled, trk, at + 1))
+    ++chunks;
+  EXPECT_EQ(chunks, 2u);
 
   CMidFileElement none;
   none.AddTrack();
