@@ -927,8 +927,12 @@ int CMidFileElement::GetVibStatus(int track, int* on) const {
 int CMidFileElement::CalcMIPValues(int values[kMaxMipPairs]) {
   std::vector<int> reserved;
   for (CMidTrackElement* t = m_pTrackHead; t && reserved.size() < kMaxMipPairs;
-       t = t->GetNextElement())
-    if (t->IsEnabled()) reserved.push_back(t->CaculateReservedValue());
+       t = t->GetNextElement()) {
+    if (!t->IsEnabled()) continue;
+    // The stored count: a track without notes keeps its earlier value (-1 when never counted).
+    t->CaculateReservedValue();
+    reserved.push_back(t->GetReservedValue());
+  }
   const int enabled = static_cast<int>(reserved.size());
   if (enabled == 0) return 0;
   int r = reserved[0];
@@ -991,7 +995,10 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
   w.fourcc("MThd");
   w.u32be(6);
   w.u16be(static_cast<uint16_t>(format));
-  w.u16be(static_cast<uint16_t>(format == 0 ? 1 : tracks.size() + 1));
+  // With enabledOnly the count is of enabled tracks, empty ones included although they get no
+  // chunk; readers settle for the chunks present.
+  const size_t declared = enabledOnly ? static_cast<size_t>(GetEnabledTrackNum()) : m_nTrackNum;
+  w.u16be(static_cast<uint16_t>(format == 0 ? 1 : declared + 1));
   w.u16be(m_nDivision);
 
   const uint16_t tempo = m_nTempo ? m_nTempo : 120;
@@ -1016,9 +1023,12 @@ int CMidFileElement::_Produce(int format, uint32_t startTime, uint32_t stopTime,
       ++enabledIndex;
     }
     body.push_back(0xF7);
+    // The declared length counts a pair for every enabled track (at most 16), even an empty one
+    // whose pair is not written.
+    const int enabledTracks = std::min(GetEnabledTrackNum(), static_cast<int>(kMaxMipPairs));
     w.u8(0);
     w.u8(0xF0);
-    w.vlq(static_cast<uint32_t>(body.size()));
+    w.u8(static_cast<uint8_t>(5 + 2 * enabledTracks));
     w.bytes(body.data(), body.size());
   };
   auto writeTrackInfo = [&](CMidTrackElement* t) {

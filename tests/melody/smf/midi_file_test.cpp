@@ -307,6 +307,18 @@ TEST(MidFileSpMidi, MipMessageOrdersTracksAndIsWritten) {
   EXPECT_EQ(values[0], 3);
   EXPECT_EQ(values[1], 4);
   EXPECT_EQ(values[2], 5);
+  // An enabled empty track adds to the declared length but writes no pair.
+  f.AddTrack(-1, 6);
+  out = Produce(f, 1);
+  const size_t sx = Find(out, {0xF0});
+  ASSERT_LT(sx + 14, out.size());
+  EXPECT_EQ(out[sx + 1], 5 + 2 * 4);
+  EXPECT_EQ(out[sx + 12], 0xF7);
+  // Running sums take the empty track's stored count of -1.
+  f.SetSPMidiMode(1, 2);
+  ASSERT_EQ(f.CalcMIPValues(values), 4);
+  EXPECT_EQ(values[2], 7);
+  EXPECT_EQ(values[3], 6);
   f.SetSPMidiMode(0);
   EXPECT_FALSE(Contains(Produce(f, 1), {0xF0}));
 }
@@ -347,6 +359,14 @@ TEST(MidFileWrite, ElementOrderOfBothFormats) {
   f.GetTrackByIndex(1)->SetEnable(0);
   Bytes enabled = Produce(f, 0, 0, 0, 1);
   EXPECT_EQ(Bytes(enabled.begin(), enabled.begin() + 14), Header(1, 2, 96));
+  // An enabled empty track is counted in the header but gets no chunk.
+  f.AddTrack();
+  enabled = Produce(f, 0, 0, 0, 1);
+  EXPECT_EQ(Bytes(enabled.begin(), enabled.begin() + 14), Header(1, 3, 96));
+  size_t chunks = 0;
+  for (size_t at = Find(enabled, trk); at < enabled.size(); at = Find(enabled, trk, at + 1))
+    ++chunks;
+  EXPECT_EQ(chunks, 2u);
 
   CMidFileElement none;
   none.AddTrack();
