@@ -336,14 +336,13 @@ int CMidFileElement::_ParseMidiTrack(const uint8_t* data, size_t size, int chunk
         if ((status & 0xF0) == 0x90 && velocity == 0) m_bNoteOffByZeroVelocity = 1;
         CMidTrackElement* t = _GetChannelTrack(channel);
         if (!t) return mf::kErrNoteNoTrack;
-        // Format 0 places a note at its tick; format 1 gives the track the ticks since this
-        // chunk's previous note event, so a chunk that mixes channels or a channel that spans
-        // chunks advances each track by the chunk's note-to-note gaps.
-        int added = m_nMidiFormat == 1
-                        ? t->AppendNoteEvent(on ? 1 : 0, key, velocity, tick - lastNoteTick)
-                        : t->AddNoteEventAt(on ? 1 : 0, key, velocity, tick);
+        // Format 0 gives the track the ticks since its own last note event; format 1 the ticks
+        // since this chunk's previous note event, so a chunk that mixes channels or a channel
+        // that spans chunks advances each track by the chunk's note-to-note gaps.
+        const uint32_t delta = m_nMidiFormat == 1 ? tick - lastNoteTick
+                                                  : tick - std::min(tick, t->GetNowNoteEventTime());
         lastNoteTick = tick;
-        if (added != 0) return mf::kErrNoteNoTrack;
+        if (t->AppendNoteEvent(on ? 1 : 0, key, velocity, delta) != 0) return mf::kErrNoteNoTrack;
         break;
       }
       case 0xB0: {

@@ -256,7 +256,6 @@ void CMidTrackElement::_LinkNoteAfter(CMidNoteElement* after, CMidNoteElement* n
 
 void CMidTrackElement::_UnlinkNote(CMidNoteElement* note) {
   m_bKeyIndexValid = 0;
-  if (note == m_pInsertHint) m_pInsertHint = nullptr;
   if (note == m_pFirstNote) m_pFirstNote = note->GetNextElement();
   if (note == m_pLastNote) m_pLastNote = note->GetPrevElement();
   note->ModifyDataChainBeforeDel();
@@ -291,27 +290,6 @@ int CMidTrackElement::AppendNoteEvent(int isOn, uint8_t key, uint8_t velocity, u
   CMidNoteElement* note = new CMidNoteElement(m_nEventTime, 0, key, velocity);
   note->SetStoredDelta(delta);
   _LinkNoteAfter(m_pLastNote, note);
-  return 0;
-}
-
-int CMidTrackElement::AddNoteEventAt(int isOn, uint8_t key, uint8_t velocity, uint32_t time) {
-  if (time >= m_nEventTime) return AppendNoteEvent(isOn, key, velocity, time - m_nEventTime);
-  CMidNoteElement* after = m_pLastNote;
-  if (m_pInsertHint && m_pInsertHint->GetStartTime() <= time) {
-    after = m_pInsertHint;
-    while (after->GetNextElement() && after->GetNextElement()->GetStartTime() <= time)
-      after = after->GetNextElement();
-  }
-  while (after && after->GetStartTime() > time) after = after->GetPrevElement();
-  m_pInsertHint = after;
-  if (!isOn && after) {
-    CMidNoteElement* match = after->RewindSearchNoteByNoteValue(key);
-    if (match && match->GetStopTime() == 0) {
-      match->SetStopTime(time);
-      return 0;
-    }
-  }
-  _LinkNoteAfter(after, new CMidNoteElement(time, 0, key, velocity));
   return 0;
 }
 
@@ -703,7 +681,7 @@ void CMidTrackElement::ResetContent() {
     delete n;
     n = next;
   }
-  m_pFirstNote = m_pLastNote = m_pInsertHint = nullptr;
+  m_pFirstNote = m_pLastNote = nullptr;
   m_nNoteCount = 0;
   std::fill(std::begin(m_pLastByKey), std::end(m_pLastByKey), nullptr);
   m_bKeyIndexValid = 1;

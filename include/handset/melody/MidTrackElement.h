@@ -116,10 +116,6 @@ class HANDSET_API CMidTrackElement {
   /// a note-off (closes the nearest earlier note of `key` when it is open; otherwise opens a new
   /// note at T exactly like a note-on).
   int AppendNoteEvent(int isOn, uint8_t key, uint8_t velocity, uint32_t delta);
-  /// Applies a note event at an absolute tick. At or after the running event time it is
-  /// `AppendNoteEvent` with the difference as delta; an earlier tick (a channel continued in a
-  /// later track chunk) is placed in start-time order by the same pairing rule.
-  int AddNoteEventAt(int isOn, uint8_t key, uint8_t velocity, uint32_t time);
   /// Closes every open note at the start of the next note of the same key; an open note with no
   /// later note of its key is deleted. Returns the number of notes deleted.
   int FixNonStopNote();
@@ -239,7 +235,6 @@ class HANDSET_API CMidTrackElement {
 
   // Where the last event earlier than the running time was placed; a chunk continuing a channel
   // inserts in rising order, so the next search starts here instead of at the end.
-  CMidNoteElement* m_pInsertHint = nullptr;
   // The last note of each key, so appending a note-off finds its note without walking the
   // chain. Valid while notes were only appended since it was built.
   CMidNoteElement* m_pLastByKey[256] = {nullptr};

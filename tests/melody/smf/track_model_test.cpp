@@ -72,19 +72,6 @@ TEST(MidTrackModel, NoteOffsFindTheirNoteAfterEditsAndCopies) {
   delete copy;
 }
 
-TEST(MidTrackModel, EventsAtEarlierTicksAreInsertedInOrder) {
-  CMidTrackElement t;
-  t.AddNoteEventAt(1, 40, 100, 100);
-  t.AddNoteEventAt(0, 40, 0, 200);
-  // A later chunk continues the channel from tick 0.
-  t.AddNoteEventAt(1, 50, 80, 50);
-  t.AddNoteEventAt(0, 50, 0, 150);
-  t.AddNoteEventAt(1, 52, 70, 150);
-  EXPECT_EQ(t.GetNowNoteEventTime(), 200u);
-  EXPECT_EQ(Notes(t), "{50,150,50,80}{100,200,40,100}{150,0,52,70}");
-  ExpectChainIntact(t);
-}
-
 TEST(MidTrackModel, VelocityRules) {
   CMidTrackElement t;
   t.InsertNoteTicks(0, 10, 60, 120);
