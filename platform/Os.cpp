@@ -292,6 +292,13 @@ bool ReadFile(const std::string& path, std::vector<uint8_t>* out) {
   return ok;
 }
 
+bool WriteFile(const std::string& path, const void* data, size_t size) {
+  std::FILE* f = std::fopen(path.c_str(), "w+b");
+  if (!f) return false;
+  bool ok = size == 0 || std::fwrite(data, 1, size, f) == size;
+  return std::fclose(f) == 0 && ok;
+}
+
 bool WriteFileAtomic(const std::string& path, const void* data, size_t size) {
   std::error_code ec;
   fs::path target(path);

@@ -59,6 +59,8 @@ std::u16string AnsiToUtf16(const char* text, size_t length);
 std::string ConfigDir();
 /// Reads a whole file; false when it cannot be opened or read.
 bool ReadFile(const std::string& path, std::vector<uint8_t>* out);
+/// Creates or truncates a file and writes `size` bytes to it; false when anything fails.
+bool WriteFile(const std::string& path, const void* data, size_t size);
 /// Writes a file atomically: a temporary file beside it, flushed, then renamed over it.
 bool WriteFileAtomic(const std::string& path, const void* data, size_t size);
 

@@ -1,7 +1,6 @@
 #include "handset/pim/BkmkFuncs.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -14,13 +13,6 @@ namespace {
 
 BKMK_SELECTFOLDER_PROC g_selectFolderProc = nullptr;
 void* g_selectFolderContext = nullptr;
-
-bool WriteWholeFile(const std::string& path, const char* data, size_t size) {
-  std::FILE* f = std::fopen(path.c_str(), "w+b");
-  if (!f) return false;
-  bool ok = size == 0 || std::fwrite(data, 1, size, f) == size;
-  return std::fclose(f) == 0 && ok;
-}
 
 // Parses a vBookmark file with the generic template, then the one with a browser type. Without
 // `strict`, an object with all its mandatory lines is taken even if it holds unknown lines.
@@ -76,7 +68,7 @@ int ExportInto(CBkmkObj* node, const std::string& folder, int flag, CStringList*
       ok = 0;
       continue;
     }
-    bool wrote = WriteWholeFile(file, buffer, static_cast<size_t>(size));
+    bool wrote = hs::os::WriteFile(file, buffer, static_cast<size_t>(size));
     delete[] buffer;
     if (!wrote) {
       ok = 0;

@@ -1,6 +1,5 @@
 #include "handset/pim/IEVbkm.h"
 
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -30,10 +29,8 @@ bool CIEVbkm::Parsing(char* text, CString* name) {
   // The shortcut is read with the system's INI reader, which only reads files.
   std::string path = hs::os::TempFileName(hs::os::TempPath(), "QVv");
   if (path.empty()) return false;
-  std::FILE* f = std::fopen(path.c_str(), "wb");
   size_t len = std::strlen(text);
-  bool written = f && std::fwrite(text, 1, len, f) == len;
-  if (f) written = std::fclose(f) == 0 && written;
+  bool written = hs::os::WriteFile(path, text, len);
   std::vector<char> url;
   if (written) {
     url.resize(len + 1);
