@@ -54,6 +54,8 @@ uint32_t GetPrivateProfileString(const char* section, const char* key, const cha
 size_t AnsiToUtf16Length(const char* text, size_t length);
 /// ANSI (UTF-8 on POSIX) to UTF-16.
 std::u16string AnsiToUtf16(const char* text, size_t length);
+/// UTF-16 to ANSI (UTF-8 on POSIX). A lone surrogate becomes the replacement character.
+std::string Utf16ToAnsi(const char16_t* units, size_t count);
 
 /// The per-user configuration folder of the library (HANDSET_CONFIG_DIR overrides it).
 std::string ConfigDir();

@@ -5,7 +5,9 @@
 // AMR codec.
 #include "handset/platform/AmrNBCodec.h"
 #include "handset/platform/Archive.h"
+#include "handset/platform/BmpWrp.h"
 #include "handset/platform/Config.h"
+#include "handset/platform/GsmCodec.h"
 #include "handset/platform/Console.h"
 #include "handset/platform/MessageBox.h"
 #include "handset/platform/PackageBlk.h"
