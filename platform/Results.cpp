@@ -76,6 +76,22 @@ const Entry kTrack[] = {
     {hs::track::kErrFailed, "the track or note operation failed"},
 };
 
+const Entry kSms[] = {
+    {hs::sms::kOk, "success"},
+    {hs::sms::kErrHex, "not an even number of hex digits"},
+    {hs::sms::kErrTruncated, "the PDU ends inside its fields"},
+    {hs::sms::kErrReservedType, "reserved message type (TP-MTI 3)"},
+    {hs::sms::kErrUdlRange, "user data length above 160 septets or 140 octets"},
+    {hs::sms::kErrUdShort, "fewer user data octets than the user data length needs"},
+    {hs::sms::kErrUdhLength, "user data header longer than the user data"},
+    {hs::sms::kErrCompressed, "compressed user data is not supported"},
+    {hs::sms::kErrAddress, "address longer than 20 digits"},
+    {hs::sms::kErrItemTooLarge, "an item is too large for one segment"},
+    {hs::sms::kErrTrailing, "octets left after the user data"},
+    {hs::sms::kErrNumber, "the number has no digits or more than 20"},
+    {hs::sms::kErrTooManySegments, "the message needs more than 255 segments"},
+};
+
 struct Table {
   const char* name;
   const Entry* entries;
@@ -93,6 +109,7 @@ const Table kTables[HS_RESULT_FAMILY_COUNT] = {
     MakeTable("midi-to-imelody", kMid2Imy),
     MakeTable("smaf", kSmaf),
     MakeTable("track", kTrack),
+    MakeTable("sms", kSms),
 };
 
 const Table* Find(HsResultFamily family) {

@@ -1,4 +1,6 @@
 #pragma once
 
 // Messaging family: stored messages and MMS records.
+#include "handset/messaging/SmAssemble.h"
 #include "handset/messaging/SmContent.h"
+#include "handset/messaging/SmContext.h"

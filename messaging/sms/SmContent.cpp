@@ -107,6 +107,13 @@ int CSmContent::GetLastInsPos() const {
   return n;
 }
 
+int CSmContent::GetTextPosition(int pos) const {
+  int t = pos;
+  for (CSmMedia* m : m_listItems)
+    if (m->GetType() != SMOBJ_TEXT && m->GetPosition() < pos) t -= m->GetUsedPosition();
+  return t < 0 ? 0 : t;
+}
+
 bool CSmContent::PackData(const char* prefix, CPackageBlk& blk) const {
   hs::sms::PutInt(blk, prefix, ".ObjCount", GetItemCount());
   for (int i = 0; i < GetItemCount(); ++i) {

@@ -52,6 +52,10 @@ class HANDSET_API CSmContent {
   bool GetFullText(CSmText* out) const;
   /// The sum of the used positions of all items: the next free position.
   int GetLastInsPos() const;
+  /// The position in the text alone (UTF-16 units of the full text) of item position `pos`:
+  /// `pos` less the positions that non-text items (pictures, sounds, animations) take before it.
+  /// This is the position an EMS information element carries.
+  int GetTextPosition(int pos) const;
   /// Destroys every item.
   void Reset();
   /// The items, in order (owned by the content).

@@ -10,6 +10,7 @@ enum HsResultFamily {
   HS_RESULT_MIDI_TO_IMELODY,  ///< CMid2iMelody
   HS_RESULT_SMAF,             ///< CMMFInfo
   HS_RESULT_TRACK,            ///< CMidTrackElement / CMidNoteElement helpers (0 or -1)
+  HS_RESULT_SMS,              ///< short-message PDUs and user data
   HS_RESULT_FAMILY_COUNT
 };
 
@@ -94,6 +95,25 @@ enum : int {
 namespace track {
 enum : int { kOk = 0, kErrFailed = -1 };
 }  // namespace track
+
+/// Short-message PDUs and user data (CSmPdu, CSmUserData, CSmContext encoders).
+namespace sms {
+enum : int {
+  kOk = 0,
+  kErrHex = 1,
+  kErrTruncated = 2,
+  kErrReservedType = 3,
+  kErrUdlRange = 4,
+  kErrUdShort = 5,
+  kErrUdhLength = 6,
+  kErrCompressed = 7,
+  kErrAddress = 8,
+  kErrItemTooLarge = 9,
+  kErrTrailing = 10,
+  kErrNumber = 11,
+  kErrTooManySegments = 12,
+};
+}  // namespace sms
 
 }  // namespace hs
 
