@@ -41,7 +41,9 @@ std::unique_ptr<CSmContext> DecodeAll(const std::vector<SM_UD_SEGMENT>& segs) {
     EXPECT_EQ(ud.Decode(segs[i].nDcs, segs[i].bUdhi, segs[i].nUdl, segs[i].abUd, segs[i].nLength),
               0);
     int ref = -1, total = 0, seq = static_cast<int>(i) + 1;
-    if (segs.size() > 1) EXPECT_TRUE(ud.GetConcat(&ref, &total, &seq));
+    if (segs.size() > 1) {
+      EXPECT_TRUE(ud.GetConcat(&ref, &total, &seq));
+    }
     a.AddPart(seq, ud.GetText().c_str(), ud.GetUd140().data(), false);
   }
   a.DoAssemble(ctx.get());
