@@ -78,7 +78,7 @@ const Entry kTrack[] = {
 
 const Entry kSms[] = {
     {hs::sms::kOk, "success"},
-    {hs::sms::kErrHex, "not an even number of hex digits"},
+    {hs::sms::kErrHex, "not a whole number of octets in hex digits"},
     {hs::sms::kErrTruncated, "the PDU ends inside its fields"},
     {hs::sms::kErrReservedType, "reserved message type (TP-MTI 3)"},
     {hs::sms::kErrUdlRange, "user data length above 160 septets or 140 octets"},
