@@ -283,7 +283,7 @@ void PrintMessage(int n, Message& m, const std::string& extractDir, bool json, J
       j.EndObject();
     }
     j.EndArray().Key("notes").BeginArray();
-    for (const std::string& s : m.notes) j.String(s);
+    for (const std::string& s : m.notes) j.String(CleanUtf8(s));
     j.EndArray().EndObject();
     return;
   }

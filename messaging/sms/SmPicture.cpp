@@ -1,8 +1,10 @@
 #include "handset/messaging/SmPicture.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "messaging/sms/SmIo.h"
+#include "platform/ByteReader.h"
 
 namespace {
 
@@ -62,7 +64,24 @@ bool CSmPicture::SetData(const CBmpWrp& bmp) {
 bool CSmPicture::GetBitmap(CBmpWrp* bmp) const {
   if (!bmp) return false;
   bmp->Empty();
-  return m_pvRawData && bmp->SetRecord(m_pvRawData, static_cast<size_t>(m_nRawSize));
+  if (!m_pvRawData || m_nRawSize < 12) return false;
+  size_t size = static_cast<size_t>(m_nRawSize);
+  if (bmp->SetRecord(m_pvRawData, size)) return true;
+  // Records of other writers: only the 2nd and 3rd words (width, height) are certain. The rows
+  // are taken as the record's last bytes when it holds them all, else as what follows those
+  // words, the rest white.
+  hs::ByteReader r(m_pvRawData, size);
+  r.skip(4);
+  int32_t w = r.i32le(), h = r.i32le();
+  if (w < 1 || h < 1 || w > CBmpWrp::kMaxSide || h > CBmpWrp::kMaxSide) return false;
+  size_t rowBytes = (static_cast<size_t>(w) + 7) / 8, need = rowBytes * static_cast<size_t>(h);
+  std::vector<uint8_t> rows(need, 0);
+  const uint8_t* b = Bytes();
+  if (size - 12 >= need)
+    std::copy(b + size - need, b + size, rows.begin());
+  else
+    std::copy(b + 12, b + size, rows.begin());
+  return bmp->SetRows(w, h, static_cast<int>(rowBytes), rows.data(), rows.size());
 }
 
 CSmMedia* CSmPicture::Clone() const {

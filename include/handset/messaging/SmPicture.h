@@ -25,7 +25,10 @@ class HANDSET_API CSmPicture : public CSmMedia {
   using CSmMedia::SetData;
   /// Takes the record of `bmp`. True when a block is held.
   virtual bool SetData(const CBmpWrp& bmp);
-  /// The bitmap of the data block; false (and `bmp` empty) when the block is not a valid record.
+  /// The bitmap of the data block. A block that is not a `CBmpWrp` record but has a sane width
+  /// and height in its 2nd and 3rd words still gives a bitmap: its rows are the block's last
+  /// bytes when it holds them all, else the bytes after those words, the rest white. False (and
+  /// `bmp` empty) otherwise.
   bool GetBitmap(CBmpWrp* bmp) const;
 
   /// Decodes an IE 0x10, 0x11 or 0x12 at `p`, which must hold the whole IE, and moves `p` past

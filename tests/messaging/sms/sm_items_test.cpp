@@ -151,6 +151,26 @@ TEST(SmItems, PictureShapesFollowTheSizeRules) {
       for (int x = 0; x < got.GetWidth(); ++x) ASSERT_EQ(got.GetPixel(x, y), (x + y) % 2 == 0);
     EXPECT_EQ(back->GetPosition(), 9);
   }
+  // Records of other writers: only the width and height words are certain.
+  struct Foreign {
+    std::vector<int32_t> words;  // header words; rows follow as 0xF0 bytes
+    int rowBytes;
+    int total;
+  } foreign[] = {
+      {{0, 24, 24}, 0, 77},                 // no rows at all: a white picture
+      {{40, 200, 10, 1, 1}, 25 * 10, 130},  // a 40-byte-style header, all rows present
+  };
+  for (const Foreign& f : foreign) {
+    std::vector<uint8_t> rec;
+    for (int32_t w : f.words)
+      for (int k = 0; k < 4; ++k) rec.push_back(static_cast<uint8_t>(w >> (8 * k)));
+    rec.insert(rec.end(), static_cast<size_t>(f.rowBytes), 0xF0);
+    CSmPicture pic;
+    pic.CSmMedia::SetData(rec.data(), static_cast<int>(rec.size()));
+    std::vector<unsigned char> ie = Encode(pic, 200);
+    ASSERT_EQ(static_cast<int>(ie.size()), f.total) << f.words[1];
+    EXPECT_EQ(ie[5], f.rowBytes ? 0xF0 : 0x00);
+  }
   CSmPicture empty;
   EXPECT_EQ(empty.EstimateEncodeSize(true, SMS_ENC_AUTO), 0);
   EXPECT_EQ(Encode(empty).size(), 0u);
