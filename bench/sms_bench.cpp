@@ -25,22 +25,23 @@ std::string Text160() {
   return out;
 }
 
-// Three segments of EMS: text, a 32 x 32 picture, a melody, sounds, an animation and a format.
+// Three segments of EMS: text with a sound, a melody, a 16 x 16 picture, an animation and a
+// formatting range.
 void FillEms(CSmContext* ctx) {
   CSmContent* c = ctx->GetContent();
-  c->AddItem(new CSmText(std::string(120, 'a').c_str()), false, true);
-  CBmpWrp bmp(32, 32);
-  for (int i = 0; i < 32; ++i) bmp.SetPixel(i, i, true);
-  CSmPicture* pic = new CSmPicture;
-  pic->SetData(bmp);
-  c->AddItem(pic, false, true);
+  c->AddItem(new CSmText(std::string(100, 'a').c_str()), false, true);
+  c->AddItem(new CSmSound(4), false, true);
   c->AddItem(new CSmText(std::string(100, 'b').c_str()), false, true);
   CSmSound* melody = new CSmSound(-1);
   melody->SetData(
       "BEGIN:IMELODY\r\nVERSION:1.2\r\nFORMAT:CLASS1.0\r\nMELODY:c2d2e2f2g2\r\nEND:IMELODY");
   c->AddItem(melody, false, true);
-  c->AddItem(new CSmSound(4), false, true);
   c->AddItem(new CSmText(std::string(90, 'c').c_str()), false, true);
+  CBmpWrp bmp(16, 16);
+  for (int i = 0; i < 16; ++i) bmp.SetPixel(i, i, true);
+  CSmPicture* pic = new CSmPicture;
+  pic->SetData(bmp);
+  c->AddItem(pic, false, true);
   c->AddItem(new CSmAnimation(6), false, true);
   CSmTextFormat* f = new CSmTextFormat;
   f->SetPosition(10);

@@ -111,7 +111,7 @@ std::vector<std::string> Drawing(const CBmpWrp& b) {
 }
 
 // The four frames of a user animation, one bitmap each.
-std::vector<CBmpWrp> Frames(CSmMedia* m) {
+std::vector<CBmpWrp> Frames(CSmAnimation* m) {
   std::vector<CBmpWrp> frames;
   int n = m->m_nRawSize;
   int side = n == 128 ? 16 : n == 32 ? 8 : 0;
@@ -158,12 +158,47 @@ struct ItemView {
   std::string file;
 };
 
+// What an item is, with its drawing or text lines; `save`/`bytes` say what --extract writes.
+void DescribeSound(CSmSound* s, ItemView* v, std::string* save, std::vector<uint8_t>* bytes) {
+  if (s->IsPredefSound()) {
+    v->kind = "sound";
+    v->text = "predefined " + std::to_string(s->m_nSoundIdx);
+    return;
+  }
+  v->kind = "melody";
+  const char* t = static_cast<const char*>(s->GetData());
+  std::string melody = t ? std::string(t, static_cast<size_t>(s->GetLength())) : "";
+  v->rows = Lines(melody);
+  v->text = std::to_string(melody.size()) + " bytes of iMelody";
+  bytes->assign(melody.begin(), melody.end());
+  *save = "melody.imy";
+}
+
+void DescribeAnimation(CSmAnimation* a, ItemView* v) {
+  v->kind = "animation";
+  if (a->IsPredefAnimation()) {
+    v->text = "predefined " + std::to_string(a->m_nAnmIdx);
+    return;
+  }
+  std::vector<CBmpWrp> frames = Frames(a);
+  v->text = std::to_string(frames.size()) + " frames";
+  if (!frames.empty())
+    v->text +=
+        " of " + std::to_string(frames[0].GetWidth()) + "x" + std::to_string(frames[0].GetHeight());
+  for (const CBmpWrp& f : frames) {
+    for (const std::string& r : Drawing(f)) v->rows.push_back(r);
+    v->rows.push_back("");
+  }
+  if (!v->rows.empty()) v->rows.pop_back();
+}
+
 ItemView Describe(const CSmContent& c, CSmMedia* m, const std::string& extractDir,
                   const std::string& stem, int* counter) {
   ItemView v;
   v.position = c.GetTextPosition(m->GetPosition());
   std::string save;
   std::vector<uint8_t> bytes;
+  CBmpWrp b;
   switch (m->GetType()) {
     case SMOBJ_TEXTFORMAT: {
       CSmTextFormat* f = static_cast<CSmTextFormat*>(m);
@@ -173,24 +208,10 @@ ItemView Describe(const CSmContent& c, CSmMedia* m, const std::string& extractDi
       break;
     }
     case SMOBJ_PREDEF_SOUND:
-    case SMOBJ_USER_MELODY: {
-      CSmSound* s = static_cast<CSmSound*>(m);
-      if (s->IsPredefSound()) {
-        v.kind = "sound";
-        v.text = "predefined " + std::to_string(s->m_nSoundIdx);
-      } else {
-        v.kind = "melody";
-        const char* t = static_cast<const char*>(s->GetData());
-        std::string melody = t ? std::string(t, static_cast<size_t>(s->GetLength())) : "";
-        v.rows = Lines(melody);
-        v.text = std::to_string(melody.size()) + " bytes of iMelody";
-        bytes.assign(melody.begin(), melody.end());
-        save = "melody.imy";
-      }
+    case SMOBJ_USER_MELODY:
+      DescribeSound(static_cast<CSmSound*>(m), &v, &save, &bytes);
       break;
-    }
-    case SMOBJ_PICTURE: {
-      CBmpWrp b;
+    case SMOBJ_PICTURE:
       v.kind = "picture";
       if (static_cast<CSmPicture*>(m)->GetBitmap(&b)) {
         v.text = std::to_string(b.GetWidth()) + "x" + std::to_string(b.GetHeight());
@@ -199,26 +220,9 @@ ItemView Describe(const CSmContent& c, CSmMedia* m, const std::string& extractDi
         save = "picture.pbm";
       }
       break;
-    }
-    case SMOBJ_ANIMATION: {
-      CSmAnimation* a = static_cast<CSmAnimation*>(m);
-      v.kind = "animation";
-      if (a->IsPredefAnimation()) {
-        v.text = "predefined " + std::to_string(a->m_nAnmIdx);
-        break;
-      }
-      std::vector<CBmpWrp> frames = Frames(m);
-      v.text = std::to_string(frames.size()) + " frames";
-      if (!frames.empty())
-        v.text += " of " + std::to_string(frames[0].GetWidth()) + "x" +
-                  std::to_string(frames[0].GetHeight());
-      for (const CBmpWrp& f : frames) {
-        for (const std::string& r : Drawing(f)) v.rows.push_back(r);
-        v.rows.push_back("");
-      }
-      if (!v.rows.empty()) v.rows.pop_back();
+    case SMOBJ_ANIMATION:
+      DescribeAnimation(static_cast<CSmAnimation*>(m), &v);
       break;
-    }
     default: {
       v.kind = "data";
       const uint8_t* p = static_cast<const uint8_t*>(m->GetData());
@@ -235,6 +239,49 @@ ItemView Describe(const CSmContent& c, CSmMedia* m, const std::string& extractDi
   return v;
 }
 
+void MessageJson(const Message& m, const std::string& text, const std::vector<ItemView>& items,
+                 Json& j) {
+  const CSmPdu& p = m.pdu;
+  j.BeginObject().Key("type").String(TypeName(p.m_eType));
+  j.Key("sources").BeginArray();
+  for (const std::string& s : m.sources) j.String(CleanUtf8(s));
+  j.EndArray();
+  j.Key(p.m_eType == SMPDU_DELIVER  ? "from"
+        : p.m_eType == SMPDU_SUBMIT ? "to"
+                                    : "recipient")
+      .String(CleanUtf8(p.m_strAddress));
+  if (!p.m_strSmsc.empty()) j.Key("smsc").String(CleanUtf8(p.m_strSmsc));
+  if (p.m_bHasTime) j.Key("time").String(TimeText(p.m_calTime, p.m_nTzQuarters));
+  if (p.m_eType == SMPDU_STATUS_REPORT)
+    j.Key("discharged")
+        .String(TimeText(p.m_calDischarge, p.m_nDischargeTz))
+        .Key("status")
+        .Int(p.m_nStatus);
+  j.Key("coding").String(CodingName(m.alphabet)).Key("dcs").Int(p.m_nDcs);
+  if (m.concat)
+    j.Key("reference")
+        .Int(m.ref)
+        .Key("parts")
+        .Int(m.total)
+        .Key("received")
+        .Int(m.assemble ? m.assemble->GetReceived() : 1);
+  j.Key("text").String(CleanUtf8(text)).Key("items").BeginArray();
+  for (const ItemView& v : items) {
+    j.BeginObject().Key("kind").String(v.kind).Key("position").Int(v.position);
+    j.Key("detail").String(CleanUtf8(v.text));
+    if (!v.rows.empty()) {
+      j.Key("lines").BeginArray();
+      for (const std::string& r : v.rows) j.String(CleanUtf8(r));
+      j.EndArray();
+    }
+    if (!v.file.empty()) j.Key("file").String(CleanUtf8(v.file));
+    j.EndObject();
+  }
+  j.EndArray().Key("notes").BeginArray();
+  for (const std::string& s : m.notes) j.String(CleanUtf8(s));
+  j.EndArray().EndObject();
+}
+
 void PrintMessage(int n, Message& m, const std::string& extractDir, bool json, Json& j) {
   const CSmPdu& p = m.pdu;
   CSmText full("");
@@ -246,47 +293,7 @@ void PrintMessage(int n, Message& m, const std::string& extractDir, bool json, J
   for (CSmMedia* item : content.GetList())
     if (item->GetType() != SMOBJ_TEXT)
       items.push_back(Describe(content, item, extractDir, "message" + std::to_string(n), &counter));
-  if (json) {
-    j.BeginObject().Key("type").String(TypeName(p.m_eType));
-    j.Key("sources").BeginArray();
-    for (const std::string& s : m.sources) j.String(CleanUtf8(s));
-    j.EndArray();
-    j.Key(p.m_eType == SMPDU_DELIVER  ? "from"
-          : p.m_eType == SMPDU_SUBMIT ? "to"
-                                      : "recipient")
-        .String(CleanUtf8(p.m_strAddress));
-    if (!p.m_strSmsc.empty()) j.Key("smsc").String(CleanUtf8(p.m_strSmsc));
-    if (p.m_bHasTime) j.Key("time").String(TimeText(p.m_calTime, p.m_nTzQuarters));
-    if (p.m_eType == SMPDU_STATUS_REPORT)
-      j.Key("discharged")
-          .String(TimeText(p.m_calDischarge, p.m_nDischargeTz))
-          .Key("status")
-          .Int(p.m_nStatus);
-    j.Key("coding").String(CodingName(m.alphabet)).Key("dcs").Int(p.m_nDcs);
-    if (m.concat)
-      j.Key("reference")
-          .Int(m.ref)
-          .Key("parts")
-          .Int(m.total)
-          .Key("received")
-          .Int(m.assemble ? m.assemble->GetReceived() : 1);
-    j.Key("text").String(CleanUtf8(text)).Key("items").BeginArray();
-    for (const ItemView& v : items) {
-      j.BeginObject().Key("kind").String(v.kind).Key("position").Int(v.position);
-      j.Key("detail").String(CleanUtf8(v.text));
-      if (!v.rows.empty()) {
-        j.Key("lines").BeginArray();
-        for (const std::string& r : v.rows) j.String(CleanUtf8(r));
-        j.EndArray();
-      }
-      if (!v.file.empty()) j.Key("file").String(CleanUtf8(v.file));
-      j.EndObject();
-    }
-    j.EndArray().Key("notes").BeginArray();
-    for (const std::string& s : m.notes) j.String(CleanUtf8(s));
-    j.EndArray().EndObject();
-    return;
-  }
+  if (json) return MessageJson(m, text, items, j);
   std::printf("message %d (%s)\n", n, m.sources[0].c_str());
   std::printf("  type: %s\n", TypeName(p.m_eType));
   std::printf("  %s: %s\n",

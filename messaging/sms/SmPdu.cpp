@@ -110,6 +110,81 @@ int CSmPdu::ParseHex(const char* line, CString* detail) {
   return Parse(bytes.data(), bytes.size(), true, detail);
 }
 
+namespace {
+
+// The fields between the first octet and the user data length. `*userData` turns false when a
+// status report ends without user data.
+int ReadFields(hs::ByteReader& r, uint8_t first, CSmPdu* p, CString* detail, bool* userData) {
+  int rc = 0;
+  *userData = true;
+  if (p->m_eType == SMPDU_DELIVER) {
+    if ((rc = ReadAddress(r, &p->m_strAddress, &p->m_nAddressType, detail, "originator address")))
+      return rc;
+    p->m_nPid = r.u8();
+    p->m_nDcs = r.u8();
+    p->m_bHasTime = ReadTime(r, &p->m_calTime, &p->m_nTzQuarters);
+    if (!p->m_bHasTime) return Fail(detail, hs::sms::kErrTruncated, "cut inside the time stamp");
+    return 0;
+  }
+  p->m_nMessageRef = r.u8();
+  if (p->m_eType == SMPDU_SUBMIT) {
+    if ((rc = ReadAddress(r, &p->m_strAddress, &p->m_nAddressType, detail, "destination address")))
+      return rc;
+    p->m_nPid = r.u8();
+    p->m_nDcs = r.u8();
+    p->m_nVpFormat = (first >> 3) & 3;
+    size_t vp = p->m_nVpFormat == 0 ? 0 : p->m_nVpFormat == 2 ? 1 : 7;
+    const uint8_t* v = r.bytes(vp);
+    if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "cut inside the validity period");
+    if (vp) p->m_vp.assign(v, v + vp);
+    return 0;
+  }
+  if ((rc = ReadAddress(r, &p->m_strAddress, &p->m_nAddressType, detail, "recipient address")))
+    return rc;
+  p->m_bHasTime = ReadTime(r, &p->m_calTime, &p->m_nTzQuarters);
+  if (!p->m_bHasTime || !ReadTime(r, &p->m_calDischarge, &p->m_nDischargeTz))
+    return Fail(detail, hs::sms::kErrTruncated, "cut inside the time stamps");
+  p->m_nStatus = r.u8();
+  if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "no status octet");
+  *userData = false;
+  if (r.atEnd()) return 0;  // the parameter indicator and what follows are optional
+  uint8_t pi = r.u8();
+  // Reserved indicator bits mean the indicator is not to be trusted: it and what follows are
+  // ignored, as receivers are told to do.
+  if (pi & 0x78) return 0;
+  if (pi & 1) p->m_nPid = r.u8();
+  if (pi & 2) p->m_nDcs = r.u8();
+  if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "cut inside the parameters");
+  *userData = (pi & 4) != 0;
+  if (*userData) return 0;
+  p->m_nExtraOctets = static_cast<int>(r.remaining());
+  return r.atEnd() ? 0 : Fail(detail, hs::sms::kErrTrailing, "octets after the parameters");
+}
+
+int ReadUserData(hs::ByteReader& r, CSmPdu* p, CString* detail) {
+  p->m_nUdl = r.u8();
+  if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "cut before the user data length");
+  p->m_bHasUd = true;
+  bool gsm = CSmUserData::AlphabetOfDcs(p->m_nDcs, nullptr, nullptr) == SMALPHA_GSM7;
+  if (p->m_nUdl > (gsm ? 160 : 140))
+    return Fail(detail, hs::sms::kErrUdlRange,
+                "user data length " + std::to_string(p->m_nUdl) + (gsm ? " septets" : " octets"));
+  size_t need = gsm ? (static_cast<size_t>(p->m_nUdl) * 7 + 7) / 8 : static_cast<size_t>(p->m_nUdl);
+  if (r.remaining() < need)
+    return Fail(detail, hs::sms::kErrUdShort,
+                "user data needs " + std::to_string(need) + " octets, " +
+                    std::to_string(r.remaining()) + " present");
+  p->m_ud.assign(r.cursor(), r.cursor() + need);
+  r.skip(need);
+  p->m_nExtraOctets = static_cast<int>(r.remaining());
+  if (p->m_nExtraOctets)
+    return Fail(detail, hs::sms::kErrTrailing,
+                std::to_string(p->m_nExtraOctets) + " octets after the user data");
+  return 0;
+}
+
+}  // namespace
+
 int CSmPdu::Parse(const uint8_t* data, size_t size, bool withSmsc, CString* detail) {
   *this = CSmPdu();
   hs::ByteReader r(data, size);
@@ -132,66 +207,9 @@ int CSmPdu::Parse(const uint8_t* data, size_t size, bool withSmsc, CString* deta
   if (mti == 3) return Fail(detail, hs::sms::kErrReservedType, "message type 3 is reserved");
   m_eType = static_cast<ESmPduType>(mti);
   m_bUdhi = (first & 0x40) != 0;
-  int rc = 0;
-  if (m_eType == SMPDU_DELIVER) {
-    if ((rc = ReadAddress(r, &m_strAddress, &m_nAddressType, detail, "originator address")))
-      return rc;
-    m_nPid = r.u8();
-    m_nDcs = r.u8();
-    m_bHasTime = ReadTime(r, &m_calTime, &m_nTzQuarters);
-    if (!m_bHasTime) return Fail(detail, hs::sms::kErrTruncated, "cut before the time stamp ends");
-  } else if (m_eType == SMPDU_SUBMIT) {
-    m_nMessageRef = r.u8();
-    if ((rc = ReadAddress(r, &m_strAddress, &m_nAddressType, detail, "destination address")))
-      return rc;
-    m_nPid = r.u8();
-    m_nDcs = r.u8();
-    m_nVpFormat = (first >> 3) & 3;
-    size_t vp = m_nVpFormat == 0 ? 0 : m_nVpFormat == 2 ? 1 : 7;
-    const uint8_t* p = r.bytes(vp);
-    if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "cut inside the validity period");
-    if (vp) m_vp.assign(p, p + vp);
-  } else {
-    m_nMessageRef = r.u8();
-    if ((rc = ReadAddress(r, &m_strAddress, &m_nAddressType, detail, "recipient address")))
-      return rc;
-    m_bHasTime = ReadTime(r, &m_calTime, &m_nTzQuarters);
-    if (!m_bHasTime || !ReadTime(r, &m_calDischarge, &m_nDischargeTz))
-      return Fail(detail, hs::sms::kErrTruncated, "cut inside the time stamps");
-    m_nStatus = r.u8();
-    if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "no status octet");
-    if (r.atEnd()) return 0;  // the parameter indicator and what follows are optional
-    uint8_t pi = r.u8();
-    // Reserved indicator bits mean the indicator is not to be trusted: it and what follows are
-    // ignored, as receivers are told to do.
-    if (pi & 0x78) return 0;
-    if (pi & 1) m_nPid = r.u8();
-    if (pi & 2) m_nDcs = r.u8();
-    if (!(pi & 4)) {
-      if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "cut after the parameters");
-      m_nExtraOctets = static_cast<int>(r.remaining());
-      return r.atEnd() ? 0 : Fail(detail, hs::sms::kErrTrailing, "octets after the parameters");
-    }
-  }
-  m_nUdl = r.u8();
-  if (!r.ok()) return Fail(detail, hs::sms::kErrTruncated, "cut before the user data length");
-  m_bHasUd = true;
-  bool gsm = CSmUserData::AlphabetOfDcs(m_nDcs, nullptr, nullptr) == SMALPHA_GSM7;
-  if (m_nUdl > (gsm ? 160 : 140))
-    return Fail(detail, hs::sms::kErrUdlRange,
-                "user data length " + std::to_string(m_nUdl) + (gsm ? " septets" : " octets"));
-  size_t need = gsm ? (static_cast<size_t>(m_nUdl) * 7 + 7) / 8 : static_cast<size_t>(m_nUdl);
-  if (r.remaining() < need)
-    return Fail(detail, hs::sms::kErrUdShort,
-                "user data needs " + std::to_string(need) + " octets, " +
-                    std::to_string(r.remaining()) + " present");
-  m_ud.assign(r.cursor(), r.cursor() + need);
-  r.skip(need);
-  m_nExtraOctets = static_cast<int>(r.remaining());
-  if (m_nExtraOctets)
-    return Fail(detail, hs::sms::kErrTrailing,
-                std::to_string(m_nExtraOctets) + " octets after the user data");
-  return 0;
+  bool userData = true;
+  if (int rc = ReadFields(r, first, this, detail, &userData)) return rc;
+  return userData ? ReadUserData(r, this, detail) : 0;
 }
 
 int CSmPdu::DecodeUserData(CSmUserData* out) const {
