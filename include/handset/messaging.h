@@ -1,3 +1,8 @@
 #pragma once
 
 // Messaging family: stored messages and MMS records.
+#include "handset/messaging/MmsBody.h"
+#include "handset/messaging/MmsHeaderField.h"
+#include "handset/messaging/MmsMediaObj.h"
+#include "handset/messaging/MmsMessage.h"
+#include "handset/messaging/MmsMimeType.h"
