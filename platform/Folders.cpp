@@ -37,6 +37,15 @@ bool IsFolder(const char* path) {
   return !p.empty() && fs::is_directory(fs::u8path(p), ec);
 }
 
+bool EntryExists(const char* path) {
+  std::error_code ec;
+  std::string p = NativePath(path);
+  if (p.empty()) return false;
+  fs::file_status st = fs::symlink_status(fs::u8path(p), ec);
+  // An entry that cannot be looked at counts as present, so nothing is written over it.
+  return st.type() != fs::file_type::not_found && (ec || st.type() != fs::file_type::none);
+}
+
 bool CreateFolders(const char* path) {
   std::string p = NativePath(path);
   if (p.empty()) return false;

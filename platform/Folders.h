@@ -13,6 +13,9 @@ std::string NativePath(const char* path);
 /// True when `path` names an existing file or folder.
 bool PathExists(const char* path);
 bool IsFolder(const char* path);
+/// True when `path` names any directory entry at all, a dangling or foreign link included (the
+/// entry itself is looked at, never what a link points to).
+bool EntryExists(const char* path);
 /// Creates the folder and any missing parents; true when it exists afterwards.
 bool CreateFolders(const char* path);
 /// The absolute form of `path` (unchanged when that fails).

@@ -7,6 +7,7 @@
 #include "handset/pim/ContactInfo.h"
 #include "handset/pim/IEVbkm.h"
 #include "handset/pim/MediaDir.h"
+#include "handset/pim/MediaFile.h"
 #include "handset/pim/OemPanaVbkm.h"
 #include "handset/pim/PersonalInfo.h"
 #include "handset/pim/QP.h"
