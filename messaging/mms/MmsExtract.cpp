@@ -37,6 +37,9 @@ bool IsReservedDeviceName(const std::string& stem) {
 /// A name that is legal as one file name on every system the library runs on.
 std::string LegalName(const std::string& wanted) {
   std::string name = wanted;
+  // Some relays send a content id ("<name>") as the location.
+  if (name.size() > 2 && name.front() == '<' && name.back() == '>')
+    name = name.substr(1, name.size() - 2);
   size_t slash = name.find_last_of("/\\");
   if (slash != std::string::npos) name = name.substr(slash + 1);
   name = hs::mms::SanitizeUtf8(name);

@@ -71,6 +71,17 @@ std::string LeadingText(const uint8_t* data, size_t size) {
   return Lower(text.substr(b, 64).c_str());
 }
 
+/// Text in UTF-8 (or UTF-16 with a byte-order mark) without control characters other than
+/// blanks and line ends, judged by its first 512 bytes.
+bool LooksLikeText(const uint8_t* d, size_t n) {
+  if (n >= 2 && ((d[0] == 0xFF && d[1] == 0xFE) || (d[0] == 0xFE && d[1] == 0xFF))) return true;
+  size_t len = n < 512 ? n : 512;
+  while (len > 0 && len < n && (d[len] & 0xC0) == 0x80) --len;  // keep whole characters
+  for (size_t i = 0; i < len; ++i)
+    if (d[i] < 0x20 && d[i] != '\t' && d[i] != '\r' && d[i] != '\n') return false;
+  return hs::mms::IsUtf8(reinterpret_cast<const char*>(d), len);
+}
+
 EMimeCntType FromIsoMedia(const uint8_t* d, size_t n) {
   if (n < 12 || std::memcmp(d + 4, "ftyp", 4) != 0) return MIME_CNT_UNKNOWN;
   std::string brand(reinterpret_cast<const char*>(d + 8), 4);
@@ -127,7 +138,7 @@ EMimeCntType MmsMimeTypeFromData(const uint8_t* d, size_t n) {
   if (text.compare(0, 15, "begin:vcalendar") == 0) return MIME_CNT_TEXT_VCALENDAR;
   if (text.compare(0, 13, "begin:imelody") == 0) return MIME_CNT_TEXT_IMELODY;
   if (text.compare(0, 5, "<smil") == 0) return MIME_CNT_APP_SMIL;
-  return MIME_CNT_UNKNOWN;
+  return LooksLikeText(d, n) ? MIME_CNT_TEXT_PLAIN : MIME_CNT_UNKNOWN;
 }
 
 const char* MmsMimeTypeExtension(EMimeCntType type) {
