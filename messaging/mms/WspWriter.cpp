@@ -53,8 +53,14 @@ void PutIntegerValue(Bytes* b, uint64_t value) {
 void PutTextString(Bytes* b, const std::string& text) {
   size_t len = 0;
   while (len < text.size() && text[len] != 0) ++len;
-  if (len > 0 && static_cast<unsigned char>(text[0]) >= 0x80) b->push_back(127);
-  b->insert(b->end(), text.begin(), text.begin() + static_cast<std::ptrdiff_t>(len));
+  unsigned char first = len ? static_cast<unsigned char>(text[0]) : 0;
+  if (first >= 0x7F) b->push_back(127);  // a quote, so the text is not read as a number
+  for (size_t i = 0; i < len; ++i) {
+    unsigned char c = static_cast<unsigned char>(text[i]);
+    // Control characters have no place in a text (one first would be read as a length).
+    bool blank = c == '\t' || c == '\r' || c == '\n';
+    b->push_back(c < 0x20 && (i == 0 || !blank) ? ' ' : c);
+  }
   b->push_back(0);
 }
 

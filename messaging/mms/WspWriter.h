@@ -58,7 +58,8 @@ void PutLongInteger(Bytes* b, uint64_t value);
 /// Short-integer when below 128, Long-integer otherwise.
 void PutIntegerValue(Bytes* b, uint64_t value);
 /// Text-string: the text up to any zero byte in it, a quote octet first when it starts with an
-/// octet of 128 or more, then the terminator.
+/// octet of 127 or more, then the terminator. Control characters other than tab, CR and LF
+/// inside the text, and any first, are sent as blanks.
 void PutTextString(Bytes* b, const std::string& text);
 /// Quoted-string: '"', the text, the terminator.
 void PutQuotedString(Bytes* b, const std::string& text);

@@ -120,6 +120,33 @@ TEST(MmsPduEncoder, SizeMatchesTheEncodingForEveryShape) {
   }
 }
 
+// A text must not start with a control character (it would be read as a length) nor with the
+// quote octet; such texts from a decoded message still encode to something readable.
+TEST(MmsPduEncoder, TextsNeverReadAsLengthsOrQuotes) {
+  struct Case {
+    const char* in;
+    const char* out;
+  } cases[] = {{"\x03!", " !"},
+               {"a\x01"
+                "b\tc",
+                "a b\tc"},
+               {"\x7F"
+                "x",
+                "\x7F"
+                "x"},
+               {"\n", " "}};
+  for (const Case& c : cases) {
+    CMmsMessage m;
+    m.m_sTransactionId = c.in;
+    m.m_sSubject = c.in;
+    Bytes pdu = Encode(m);
+    CMmsMessage back;
+    ASSERT_EQ(MmsDecodePdu(pdu.data(), pdu.size(), &back), hs::mmspdu::kOk) << c.in;
+    EXPECT_EQ(back.m_sTransactionId, c.out);
+    EXPECT_EQ(back.m_sSubject, c.out);
+  }
+}
+
 TEST(MmsPduDecoder, RefusesMalformedPdusWithTheRightCode) {
   struct Case {
     const char* hex;
