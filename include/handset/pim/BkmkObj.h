@@ -75,7 +75,8 @@ class HANDSET_API CBkmkObj : public CMediaDir {
   /// Builds a vBookmark from a bookmark node. A null `vbkm` gets a new `CVbkm` (caller owns it);
   /// a given one (of any dialect) is refilled. 0 for a folder.
   int CreateVBKM(CVbkm*& vbkm) const;
-  /// Takes title and URL from `vbkm` and becomes a bookmark; 0 when it has no TITLE.
+  /// Takes title and URL from `vbkm`, decoded from the encoding their lines carry, and becomes a
+  /// bookmark; 0 when it has no TITLE.
   int FromVBKM(CVbkm* vbkm);
 
   /// Packs the base keys, then "ClassID" ("CBkmkObject"), the fields and the capabilities; with
