@@ -173,7 +173,7 @@ class HANDSET_API CVObjLite {
 
   /// Set-aside lines kept for messages; the rest are only counted, so text of any size that the
   /// template does not know costs no memory beyond the text itself.
-  static const int kSetAsideKept = 16;
+  static constexpr int kSetAsideKept = 16;
 
  protected:
   /// Appends the line(s) of `prop` to `lines`; false when it cannot be composed.

@@ -61,7 +61,11 @@ TEST(Vbkm, OemDialectWritesNineLinesAndTheTitleParameters) {
             "END:ENV\r\nEND:VBKM\r\n");
   COemPanaVbkm back;
   ASSERT_TRUE(back.Parsing(&text[0], nullptr));
-  EXPECT_STREQ(back.GetPropTableValue("TITLE"), "A=B");
+  EXPECT_STREQ(back.GetPropTableValue("TITLE"), "A=3DB");  // as it stands in the text
+  CString title;
+  ASSERT_TRUE(back.GetPropDecodedValue("TITLE", &title));
+  EXPECT_EQ(title, "A=B");
+  EXPECT_EQ(Compose(back), text);  // a title read encoded is written as it stands
   // The generic template does not know X-S-BROWSERTYPE: the line is set aside.
   CVbkm generic;
   EXPECT_FALSE(generic.Parsing(&text[0], nullptr));
