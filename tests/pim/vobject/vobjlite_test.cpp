@@ -124,7 +124,8 @@ TEST(VObjParse, QuotedPrintableFoldedOverThreeLinesIsOneValue) {
   CString plain;
   ASSERT_TRUE(o.GetPropDecodedValue("BODY", &plain));
   EXPECT_EQ(plain, "one twoA");
-  EXPECT_EQ(o.Compose(), "BEGIN:VNOTE\r\nBODY;ENCODING=QUOTED-PRINTABLE:one two=41\r\nEND:VNOTE\r\n");
+  EXPECT_EQ(o.Compose(),
+            "BEGIN:VNOTE\r\nBODY;ENCODING=QUOTED-PRINTABLE:one two=41\r\nEND:VNOTE\r\n");
   CTestObj bare(kNote);
   ASSERT_TRUE(
       bare.Parse("BEGIN:VNOTE\nBODY;CHARSET=UTF-8;QUOTED-PRINTABLE:a=3Db=\nc\nEND:VNOTE\n"));
