@@ -124,19 +124,27 @@ CString ExtractShortcutUrl(const CString& raw, bool quotedPrintable) {
   size_t pos = 0;
   if (At(raw, 0, kShortcutSection)) {
     pos = sizeof(kShortcutSection) - 1;
-    // Phones put the line break of the embedded shortcut file either encoded or literally.
+    // Phones put the line break of the embedded shortcut file either encoded or literally. A
+    // block encoded whole encodes the key's '=' too ("URL=3D"); the template's own shape writes
+    // the section and key as they are.
+    bool encodedBreak = false;
     for (;;) {
       if (At(raw, pos, "=0D=0A")) {
         pos += 6;
+        encodedBreak = true;
       } else if (At(raw, pos, "=0A")) {
         pos += 3;
+        encodedBreak = true;
       } else if (pos < raw.size() && (raw[pos] == '\r' || raw[pos] == '\n' || raw[pos] == ' ')) {
         ++pos;
       } else {
         break;
       }
     }
-    if (At(raw, pos, kShortcutKey)) pos += sizeof(kShortcutKey) - 1;
+    if (quotedPrintable && encodedBreak && At(raw, pos, "URL=3D"))
+      pos += 6;
+    else if (At(raw, pos, kShortcutKey))
+      pos += sizeof(kShortcutKey) - 1;
   }
   size_t end = pos;
   while (end < raw.size() && raw[end] != '\r' && raw[end] != '\n' &&
