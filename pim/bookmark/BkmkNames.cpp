@@ -66,14 +66,16 @@ size_t Minus(size_t limit, size_t used) {
 
 }  // namespace
 
-void CleanNameEnds(std::string* name) {
+size_t CleanNameEnds(std::string* name) {
   for (size_t i = name->size(); i > 0 && ((*name)[i - 1] == '.' || (*name)[i - 1] == ' '); --i)
     (*name)[i - 1] = '_';
   size_t stem = name->find('.');
   if (stem == std::string::npos) stem = name->size();
   size_t n = stem;
   while (n > 0 && (*name)[n - 1] == ' ') --n;  // "NUL .txt" is the device too
-  if (IsReservedStem(*name, n)) name->insert(n, 1, '_');
+  if (!IsReservedStem(*name, n)) return std::string::npos;
+  name->insert(n, 1, '_');
+  return n;
 }
 
 std::string FitName(const std::string& base, const std::string& suffix, const std::string& ext,
@@ -88,17 +90,20 @@ std::string FitName(const std::string& base, const std::string& suffix, const st
   if (fsB && (!bytes || fsB < bytes)) bytes = fsB;
   if (fsU && (!units || fsU < units)) units = fsU;
   std::string b = base;
-  // Cleaning may add one character (after a device name); cut again when it does.
-  for (int pass = 0; pass < 3; ++pass) {
-    size_t cut = FitPrefix(b, bytes, units);
-    if (cut == 0 && !b.empty()) cut = NextBoundary(b, 0);
-    b.resize(cut);
-    std::string name = b + suffix + ext;
-    CleanNameEnds(&name);
-    if (name.size() == b.size() + suffix.size() + ext.size() || pass == 2) return name;
-    b = name.substr(0, name.size() - suffix.size() - ext.size());
-  }
-  return b + suffix + ext;
+  size_t cut = FitPrefix(b, bytes, units);
+  if (cut == 0 && !b.empty()) cut = NextBoundary(b, 0);
+  b.resize(cut);
+  // A cut may end the base in a dot or a space, as a title never does once made legal.
+  for (size_t i = b.size(); i > 0 && (b[i - 1] == '.' || b[i - 1] == ' '); --i) b[i - 1] = '_';
+  std::string name = b + suffix + ext;
+  size_t at = CleanNameEnds(&name);
+  // A cut that leaves a device name ("CONSOLE" cut to "CON") gets its '_' too; when that breaks
+  // the limit, the device name's last letter becomes the '_' instead.
+  if (at == std::string::npos || at > b.size() || FitPrefix(b + '_', bytes, units) > b.size())
+    return name;
+  name.erase(at, 1);
+  name[at - 1] = '_';
+  return name;
 }
 
 bool NameSet::Take(const std::string& name) {

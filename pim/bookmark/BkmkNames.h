@@ -26,8 +26,8 @@ std::string FitName(const std::string& base, const std::string& suffix, const st
 
 /// Maps what would make a name illegal at its ends: trailing dots and spaces become '_', and a
 /// reserved device name (CON, PRN, AUX, NUL, COM0-9, LPT0-9, with any extension) gets '_' after
-/// its stem ("LPT1.txt" becomes "LPT1_.txt").
-void CleanNameEnds(std::string* name);
+/// its stem ("LPT1.txt" becomes "LPT1_.txt"). Returns where that '_' went, or npos.
+size_t CleanNameEnds(std::string* name);
 
 /// The names taken in one folder, compared ignoring case, with the next counter to try for each
 /// base name: taking n names of one base costs O(n), not O(n^2) tries.
