@@ -9,6 +9,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -133,6 +134,7 @@ bool GetFileId(const std::string& path, FileId* id) {
 
 std::vector<FolderEntry> ListEntries(const std::string& folder) {
   std::vector<FolderEntry> entries;
+#if defined(_WIN32)
   std::error_code ec;
   fs::directory_iterator it(fs::u8path(NativePath(folder.c_str())), ec), end;
   for (; !ec && it != end; it.increment(ec)) {
@@ -144,6 +146,32 @@ std::vector<FolderEntry> ListEntries(const std::string& folder) {
                                                : EntryKind::kOther;
     entries.push_back(FolderEntry{it->path().filename().u8string(), kind});
   }
+#else
+  // The kind comes with the entry on most file systems; only where it does not is each entry
+  // looked at (without following links).
+  std::string native = NativePath(folder.c_str());
+  DIR* d = ::opendir(native.c_str());
+  if (!d) return entries;
+  while (struct dirent* e = ::readdir(d)) {
+    if (std::strcmp(e->d_name, ".") == 0 || std::strcmp(e->d_name, "..") == 0) continue;
+    unsigned char type = e->d_type;
+    if (type == DT_UNKNOWN) {
+      struct stat st;
+      std::string path = native + "/" + e->d_name;
+      type = ::lstat(path.c_str(), &st) != 0 ? DT_UNKNOWN
+             : S_ISLNK(st.st_mode)           ? DT_LNK
+             : S_ISDIR(st.st_mode)           ? DT_DIR
+             : S_ISREG(st.st_mode)           ? DT_REG
+                                             : DT_UNKNOWN;
+    }
+    EntryKind kind = type == DT_LNK   ? EntryKind::kLink
+                     : type == DT_DIR ? EntryKind::kFolder
+                     : type == DT_REG ? EntryKind::kFile
+                                      : EntryKind::kOther;
+    entries.push_back(FolderEntry{e->d_name, kind});
+  }
+  ::closedir(d);
+#endif
   std::sort(entries.begin(), entries.end(),
             [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
   return entries;
@@ -260,31 +288,51 @@ CreateStatus CreateNewFolder(const std::string& path, std::string* reason) {
 bool ReadWholeFile(const std::string& path, std::string* out, std::string* reason) {
   if (!out) return false;
   out->clear();
+#if defined(_WIN32)
   std::error_code ec;
   fs::path p = fs::u8path(NativePath(path.c_str()));
-  std::FILE* f = nullptr;
-#if defined(_WIN32)
-  f = _wfopen(p.wstring().c_str(), L"rb");
-#else
-  f = std::fopen(p.c_str(), "rb");
-#endif
+  std::FILE* f = _wfopen(p.wstring().c_str(), L"rb");
   if (!f) {
     SetReason(reason, std::strerror(errno));
     return false;
   }
-  // Sized first, then read to the true end: the size is a hint, the bytes present decide.
   uintmax_t hint = fs::file_size(p, ec);
-  if (!ec && hint > 0 && hint < (uintmax_t(1) << 40)) {
-    out->resize(static_cast<size_t>(hint));
-    out->resize(std::fread(&(*out)[0], 1, out->size(), f));
-  }
+  if (!ec && hint > 0 && hint < (uintmax_t(1) << 40)) out->reserve(static_cast<size_t>(hint));
   char buf[65536];
   size_t n;
-  while (!std::ferror(f) && (n = std::fread(buf, 1, sizeof buf, f)) > 0) out->append(buf, n);
+  while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out->append(buf, n);
   bool ok = !std::ferror(f);
   if (!ok) SetReason(reason, std::strerror(errno));
   std::fclose(f);
   return ok;
+#else
+  int fd = ::open(NativePath(path.c_str()).c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    SetReason(reason, std::strerror(errno));
+    return false;
+  }
+  // Sized first, then read to the true end: the size is a hint, the bytes present decide.
+  struct stat st;
+  size_t have = 0;
+  if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0 &&
+      static_cast<uintmax_t>(st.st_size) < (uintmax_t(1) << 40))
+    out->resize(static_cast<size_t>(st.st_size) + 1);
+  bool ok = true;
+  for (;;) {
+    if (have == out->size()) out->resize(have < 65536 ? 65536 : have * 2);
+    ssize_t n = ::read(fd, &(*out)[have], out->size() - have);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      ok = false;
+      SetReason(reason, std::strerror(errno));
+    }
+    if (n <= 0) break;
+    have += static_cast<size_t>(n);
+  }
+  ::close(fd);
+  out->resize(ok ? have : 0);
+  return ok;
+#endif
 }
 
 }  // namespace os

@@ -16,7 +16,7 @@ BKMK_SELECTFOLDER_PROC g_selectFolderProc = nullptr;
 void* g_selectFolderContext = nullptr;
 thread_local CString g_lastError;
 
-void SetLastError(const std::string& path, const char* operation, const std::string& reason) {
+void NoteFailure(const std::string& path, const char* operation, const std::string& reason) {
   if (!g_lastError.empty()) return;  // the first failure is the one to report
   g_lastError = path + ": " + operation;
   if (!reason.empty()) g_lastError += ": " + reason;
@@ -51,7 +51,7 @@ bool ExportFile(CBkmkObj* child, const std::string& folder, const hs::bkmk::Name
   int size = 0;
   if (!child->CreateVBKM(raw) || !vbkm->Composing(buffer, size)) {
     delete[] buffer;
-    SetLastError(child->m_strTitle, "compose", "the vBookmark could not be composed");
+    NoteFailure(child->m_strTitle, "compose", "the vBookmark could not be composed");
     return false;
   }
   std::unique_ptr<char[]> owner(buffer);
@@ -65,7 +65,7 @@ bool ExportFile(CBkmkObj* child, const std::string& folder, const hs::bkmk::Name
         hs::os::CreateNewFile(file, buffer, static_cast<size_t>(size), &reason);
     if (st == hs::os::CreateStatus::kNameTaken) continue;
     if (st != hs::os::CreateStatus::kCreated) {
-      SetLastError(file, "write", reason);
+      NoteFailure(file, "write", reason);
       return false;
     }
     if (run.written) run.written->AddTail(file);
@@ -76,7 +76,7 @@ bool ExportFile(CBkmkObj* child, const std::string& folder, const hs::bkmk::Name
 int ExportInto(CBkmkObj* node, const std::string& folder, const CBkmkGenCap* cap,
                const ExportRun& run, int depth) {
   if (depth > 64) {
-    SetLastError(folder, "export", "the tree is more than 64 folders deep");
+    NoteFailure(folder, "export", "the tree is more than 64 folders deep");
     return 0;
   }
   hs::bkmk::NameSet names;
@@ -99,7 +99,7 @@ int ExportInto(CBkmkObj* node, const std::string& folder, const CBkmkGenCap* cap
       st = hs::os::CreateNewFolder(sub, &reason);
     } while (st == hs::os::CreateStatus::kNameTaken);
     if (st != hs::os::CreateStatus::kCreated) {
-      SetLastError(sub, "create folder", reason);
+      NoteFailure(sub, "create folder", reason);
       ok = 0;
       continue;
     }
@@ -113,19 +113,19 @@ bool ImportFile(CBkmkObj* parent, const std::string& path, int flag) {
   {
     std::string text, reason;
     if (!hs::os::ReadWholeFile(path, &text, &reason)) {
-      SetLastError(path, "read", reason);
+      NoteFailure(path, "read", reason);
       return false;
     }
     VBKM_PARSE_RESULT r;
     vbkm.reset(_VBKM_Parse(text.c_str(), (flag & BKMK_FLAG_STRICT) == 0, &r));
     if (!vbkm) {
-      SetLastError(path, "read", "not a vBookmark: " + r.error);
+      NoteFailure(path, "read", "not a vBookmark: " + r.error);
       return false;
     }
   }
   auto node = std::make_unique<CBkmkObj>();
   if (!node->FromVBKM(vbkm.get())) {
-    SetLastError(path, "read", "the vBookmark has no title");
+    NoteFailure(path, "read", "the vBookmark has no title");
     return false;
   }
   parent->AddChild(node.release());
@@ -203,12 +203,12 @@ const char* _BKMK_GetLastError() {
 int _BKMK_ExportVbkm(CBkmkObj* node, const char* folder, int flag, CStringList* written) {
   g_lastError.clear();
   if (!node || !folder || !*folder) {
-    SetLastError(folder ? folder : "", "export", "no tree or no folder");
+    NoteFailure(folder ? folder : "", "export", "no tree or no folder");
     return 0;
   }
   const std::string target = hs::os::FullPath(folder);
   if (!hs::os::CreateFolders(target.c_str())) {
-    SetLastError(target, "create folder", "it cannot be created");
+    NoteFailure(target, "create folder", "it cannot be created");
     return 0;
   }
   return ExportInto(node, target, node->m_pGenCap, ExportRun{flag, written}, 0);
@@ -217,14 +217,14 @@ int _BKMK_ExportVbkm(CBkmkObj* node, const char* folder, int flag, CStringList* 
 CBkmkObj* _BKMK_ImportVbkm(CBkmkObj* parent, const char* path, int flag) {
   g_lastError.clear();
   if (!parent || !path || !*path) {
-    SetLastError(path ? path : "", "import", "no parent or no path");
+    NoteFailure(path ? path : "", "import", "no parent or no path");
     return nullptr;
   }
   std::string native = hs::os::NativePath(path);
   if (hs::os::IsFolder(native.c_str())) {
     ImportRun run{hs::os::RealPath(native), {}, flag};
     CBkmkObj* node = ImportFolder(parent, native, hs::os::BaseName(native), run, 0);
-    if (!node) SetLastError(native, "read folder", "it cannot be read");
+    if (!node) NoteFailure(native, "read folder", "it cannot be read");
     return node;
   }
   if (!ImportFile(parent, native, flag)) return nullptr;

@@ -22,7 +22,8 @@ class HANDSET_API CBkmkGenCap {
   /// "strVBKMversion", "nTitleCLen", "nTitleWLen", "enTitleEncode", "enTitleCharset",
   /// "nUrlCLen", "nUrlWLen" after `prefix`. Returns 1.
   int PackData(const char* prefix, CPackageBlk& blk) const;
-  /// Reads the keys that are present; the others keep their value. Returns 1.
+  /// Reads the keys that are present; the others keep their value. "strVBKMversion" is cut to
+  /// 15 bytes (kMaxVersion with the NUL): a block may claim any length. Returns 1.
   int UnpackData(const char* prefix, const CUnpackageBlk& blk);
 
   static const size_t kMaxVersion = 16;
@@ -85,6 +86,8 @@ class HANDSET_API CBkmkObj : public CMediaDir {
   /// A multi-line description of the subtree for diagnostics.
   CString _DUMP_DBG_INFO(int indent = 0) const;
 
+  /// Field sizes with the NUL. Unpacking cuts a longer stored text to its field (handle 63 bytes,
+  /// title 255, URL 2047): a block may claim any length, and the phone's fields hold no more.
   static const size_t kMaxHandle = 64;
   static const size_t kMaxTitle = 256;
   static const size_t kMaxURL = 2048;
@@ -101,6 +104,7 @@ class HANDSET_API CBkmkObj : public CMediaDir {
 
  protected:
   CMediaDir* _CreateChild() const override { return new CBkmkObj; }
+  /// Reads the node's own keys; texts are cut to kMaxHandle, kMaxTitle and kMaxURL less the NUL.
   int _UnpackSelf(const char* prefix, const CUnpackageBlk& blk) override;
   void _CopyFields(const CBkmkObj& other);
 };
