@@ -1,6 +1,7 @@
 #include "pim/bookmark/BkmkNames.h"
 
 #include <cstring>
+#include <vector>
 
 #include "handset/pim/BkmkFuncs.h"
 #include "platform/Folders.h"
@@ -141,18 +142,14 @@ CString _BKMK_LegalFileName(const char* title) {
   return CString(s);
 }
 
-void _BKMK_PreProcessVbkmFileName(CBkmkObj* node) {
-  if (!node) return;
-  const int n = node->GetChildCount();
-  for (int i = 0; i < n; ++i) {
-    CBkmkObj* c = node->GetChildBkmk(i);
-    if (c && c->m_enBkmkType == OBJECT_TYPE_FOLDER) _BKMK_PreProcessVbkmFileName(c);
-  }
-  // Each child is compared with the names its earlier siblings have by now, ignoring case
-  // (export targets may ignore it): a set of those names, and per name the next counter to try.
+namespace {
+
+// Each child is compared with the names its earlier siblings have by then, ignoring case (export
+// targets may ignore it): a set of those names, and per name the next counter to try.
+void RenameChildren(CBkmkObj* node) {
   std::unordered_set<std::string> used;
   std::unordered_map<std::string, int> next;
-  for (int i = 0; i < n; ++i) {
+  for (int i = 0; i < node->GetChildCount(); ++i) {
     CBkmkObj* c = node->GetChildBkmk(i);
     if (!c) continue;
     const std::string original = c->m_strTitle;
@@ -166,5 +163,23 @@ void _BKMK_PreProcessVbkmFileName(CBkmkObj* node) {
     }
     ++counter;
     c->SetTitle(name.c_str());
+  }
+}
+
+}  // namespace
+
+void _BKMK_PreProcessVbkmFileName(CBkmkObj* node) {
+  // Every folder's children are renamed among themselves only, so the order of folders does not
+  // matter; a list instead of recursion takes trees of any depth.
+  std::vector<CBkmkObj*> folders;
+  if (node) folders.push_back(node);
+  while (!folders.empty()) {
+    CBkmkObj* f = folders.back();
+    folders.pop_back();
+    for (int i = 0; i < f->GetChildCount(); ++i) {
+      CBkmkObj* c = f->GetChildBkmk(i);
+      if (c && c->m_enBkmkType == OBJECT_TYPE_FOLDER) folders.push_back(c);
+    }
+    RenameChildren(f);
   }
 }
