@@ -13,3 +13,4 @@
 #include "handset/pim/QP.h"
 #include "handset/pim/VObjLite.h"
 #include "handset/pim/Vbkm.h"
+#include "handset/pim/VbkmDialect.h"
