@@ -76,6 +76,19 @@ const Entry kTrack[] = {
     {hs::track::kErrFailed, "the track or note operation failed"},
 };
 
+const Entry kMmsPdu[] = {
+    {hs::mmspdu::kOk, "success"},
+    {hs::mmspdu::kErrEmpty, "no data"},
+    {hs::mmspdu::kErrNotMms, "not an MMS PDU: it does not start with X-Mms-Message-Type"},
+    {hs::mmspdu::kErrTruncated, "a header value or body part runs past the end of the data"},
+    {hs::mmspdu::kErrBadValue, "a header value is malformed"},
+    {hs::mmspdu::kErrBadHeader, "a header field name is malformed"},
+    {hs::mmspdu::kErrBadBody, "the multipart body is malformed"},
+    {hs::mmspdu::kErrTooLarge, "the message is too large to encode"},
+    {hs::mmspdu::kErrFolder, "the output folder does not exist and cannot be created"},
+    {hs::mmspdu::kErrWrite, "a part could not be written"},
+};
+
 const Entry kSms[] = {
     {hs::sms::kOk, "success"},
     {hs::sms::kErrHex, "not a whole number of octets in hex digits"},
@@ -109,6 +122,7 @@ const Table kTables[HS_RESULT_FAMILY_COUNT] = {
     MakeTable("midi-to-imelody", kMid2Imy),
     MakeTable("smaf", kSmaf),
     MakeTable("track", kTrack),
+    MakeTable("mms-pdu", kMmsPdu),
     MakeTable("sms", kSms),
 };
 

@@ -4,19 +4,10 @@
 #include <cstdio>
 #include <cstring>
 
-namespace {
-int LowerAscii(unsigned char c) {
-  return (c >= 'A' && c <= 'Z') ? c + ('a' - 'A') : c;
-}
-}  // namespace
+#include "platform/Text.h"
 
 int CString::CompareNoCase(const char* other) const {
-  const unsigned char* a = reinterpret_cast<const unsigned char*>(c_str());
-  const unsigned char* b = reinterpret_cast<const unsigned char*>(other ? other : "");
-  for (;; ++a, ++b) {
-    int d = LowerAscii(*a) - LowerAscii(*b);
-    if (d != 0 || *a == 0) return d;
-  }
+  return hs::os::CompareNoCase(c_str(), other);
 }
 
 void CString::Format(const char* fmt, ...) {

@@ -5,8 +5,8 @@ set -euo pipefail
 
 build_pkgs=(cmake ninja-build g++ libgtest-dev libbenchmark-dev)
 # Codec back-ends loaded at run time, and the independent readers the tests compare against.
-test_pkgs=(libfaad-dev faad libopencore-amrnb-dev ffmpeg python3-mido midicsv python3-vobject
-           python3-gammu tshark wireshark-common)
+test_pkgs=(libfaad-dev faad libopencore-amrnb-dev ffmpeg python3-mido midicsv python3-vobject tshark
+           python3-lxml python3-gammu wireshark-common)
 want=("${build_pkgs[@]}")
 [ "${1:-}" = "--test" ] && want+=("${test_pkgs[@]}")
 [ "${1:-}" = "--fuzz" ] && want+=(clang libclang-rt-14-dev)

@@ -118,7 +118,9 @@ int Export(const hs::cli::Args& a) {
     for (const CString& f : written) std::printf("%s\n", f.c_str());
   }
   if (!ok) {
-    hs::cli::Fail(dir, "not every bookmark could be written");
+    const char* why = _BKMK_GetLastError();
+    hs::cli::Fail(dir,
+                  std::string("export: ") + (*why ? why : "not every bookmark could be written"));
     return 1;
   }
   return 0;
@@ -141,13 +143,14 @@ int Import(const hs::cli::Args& a) {
     CBkmkObj holder;
     CBkmkObj* node = _BKMK_ImportVbkm(&holder, path.c_str(), BKMK_FLAG_NONE);
     if (!node) {
-      hs::cli::Fail(path, "not a vBookmark");
+      const char* why = _BKMK_GetLastError();
+      hs::cli::Fail(path, std::string("import: ") + (*why ? why : "not a vBookmark"));
       status = 1;
       continue;
     }
     // A folder's contents go straight under the root; a single file is itself a child.
     CMediaDir* from = node->m_enBkmkType == OBJECT_TYPE_FOLDER ? node : &holder;
-    while (from->GetChildCount() > 0) root.AddChild(from->GetChildAt(0));
+    from->MoveChildrenTo(&root);
   }
   if (a.Has("--json")) {
     hs::cli::Json j;

@@ -60,16 +60,16 @@ int New(const hs::cli::Args& a) {
     hs::cli::Fail("vbkm new", "the empty vBookmark could not be built");
     return 1;
   }
-  std::string title = a.Get("--title"), url = a.Get("--url");
-  v->SetPropTableValue("TITLE", title.c_str());
-  v->SetPropTableValue("URL", url.c_str());
-  v->SetPropTableValue("X-IRMC-URL", url.c_str());
+  v->SetTitleAndUrl(a.Get("--title").c_str(), a.Get("--url").c_str());
   return WriteComposed(*v, a.Get("-o", "-"), "vbkm new") ? 0 : 1;
 }
 
-const char* Value(CVbkm& v, const char* name) {
-  const char* s = v.GetPropTableValue(name);
-  return s ? s : "";
+// Values as a reader sees them: decoded from the encoding their line carries.
+std::string Value(CVbkm& v, const char* name) {
+  CString s;
+  if (v.GetPropDecodedValue(name, &s)) return s;
+  const char* held = v.GetPropTableValue(name);
+  return held ? held : "";
 }
 
 int Show(const hs::cli::Args& a) {
@@ -81,25 +81,15 @@ int Show(const hs::cli::Args& a) {
   std::vector<uint8_t> bytes;
   if (!hs::cli::ReadInput(path, &bytes)) return 1;
   std::string text(bytes.begin(), bytes.end());
-  // The dialect with a browser type is tried first: the generic one would set its line aside.
-  std::unique_ptr<CVbkm> v;
-  const char* dialect = nullptr;
-  std::string firstError;
-  for (int pass = 0; pass < 2 && !dialect; ++pass) {
-    std::unique_ptr<CVbkm> c =
-        pass == 0 ? std::unique_ptr<CVbkm>(new COemPanaVbkm) : std::make_unique<CVbkm>();
-    std::string copy = text;
-    CString err;
-    if (c->Parsing(&copy[0], &err)) {
-      dialect = pass == 0 ? "oem" : "generic";
-      v = std::move(c);
-    } else if (pass == 1) {
-      CString msg;
-      msg.Format("not a vBookmark: %s (vObject error code %d)", err.c_str(), c->GetErrorCode());
-      hs::cli::Fail(path, msg);
-      return 1;
-    }
+  VBKM_PARSE_RESULT r;
+  std::unique_ptr<CVbkm> v(_VBKM_Parse(text.c_str(), false, &r));
+  if (!v) {
+    CString msg;
+    msg.Format("not a vBookmark: %s (vObject error code %d)", r.error.c_str(), r.errorCode);
+    hs::cli::Fail(path, msg);
+    return 1;
   }
+  const char* dialect = r.dialect == VBKM_DIALECT_OEM ? "oem" : "generic";
   if (a.Has("--json")) {
     hs::cli::Json j;
     j.BeginObject()
@@ -119,9 +109,10 @@ int Show(const hs::cli::Args& a) {
     j.EndObject();
     std::printf("%s\n", j.Str().c_str());
   } else {
-    std::printf("dialect\t%s\nversion\t%s\ntitle\t%s\nurl\t%s\n", dialect, Value(*v, "VERSION"),
-                Value(*v, "TITLE"), Value(*v, "URL"));
-    if (std::string(dialect) == "oem") std::printf("browser\t%s\n", Value(*v, "X-S-BROWSERTYPE"));
+    std::printf("dialect\t%s\nversion\t%s\ntitle\t%s\nurl\t%s\n", dialect,
+                Value(*v, "VERSION").c_str(), Value(*v, "TITLE").c_str(), Value(*v, "URL").c_str());
+    if (std::string(dialect) == "oem")
+      std::printf("browser\t%s\n", Value(*v, "X-S-BROWSERTYPE").c_str());
   }
   return 0;
 }

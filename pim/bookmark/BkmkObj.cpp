@@ -129,21 +129,26 @@ int CBkmkObj::CreateVBKM(CVbkm*& vbkm) const {
     }
     return 0;
   }
-  vbkm->SetPropTableValue("TITLE", m_strTitle.c_str());
-  vbkm->SetPropTableValue("URL", m_strURL.c_str());
-  vbkm->SetPropTableValue("X-IRMC-URL", m_strURL.c_str());
+  vbkm->SetTitleAndUrl(m_strTitle.c_str(), m_strURL.c_str());
   // Nodes carry no browser type; the dialect that has one keeps its "FULL".
   return 1;
 }
 
 int CBkmkObj::FromVBKM(CVbkm* vbkm) {
   if (!vbkm) return 0;
-  const char* title = vbkm->GetPropTableValue("TITLE");
-  if (!title) return 0;
-  const char* url = vbkm->GetPropTableValue("URL");
-  if (!url || !*url) url = vbkm->GetPropTableValue("X-IRMC-URL");
-  SetTitle(title);
-  m_strURL = url ? url : "";
+  // The tree holds plain text: values read quoted-printable are decoded (and kept as they stand
+  // when they do not decode).
+  auto plain = [vbkm](const char* name, CString* out) {
+    const char* held = vbkm->GetPropTableValue(name);
+    if (!held) return false;
+    if (!vbkm->GetPropDecodedValue(name, out)) *out = held;
+    return true;
+  };
+  CString title, url;
+  if (!plain("TITLE", &title)) return 0;
+  if (!plain("URL", &url) || url.empty()) plain("X-IRMC-URL", &url);
+  SetTitle(title.c_str());
+  m_strURL = url;
   m_enBkmkType = OBJECT_TYPE_FILE;
   return 1;
 }

@@ -44,9 +44,7 @@ bool CIEVbkm::Parsing(char* text, CString* name) {
   // build leaves this object as it was.
   COemPanaVbkm work;
   if (!work.CreateEmptyProperties()) return false;
-  work.SetPropTableValue("TITLE", _ExtractFilename(name ? name->c_str() : nullptr).c_str());
-  work.SetPropTableValue("URL", url.data());
-  work.SetPropTableValue("X-IRMC-URL", url.data());
+  work.SetTitleAndUrl(_ExtractFilename(name ? name->c_str() : nullptr).c_str(), url.data());
   work.SetPropTableValue("X-S-BROWSERTYPE", "FULL");
   CVObjLite::operator=(work);
   return true;

@@ -183,9 +183,11 @@ int CCalendarInfo::PackData(const char* prefix, CPackageBlk& blk) const {
 int CCalendarInfo::UnpackData(const char* prefix, const CUnpackageBlk& blk) {
   const void* data = nullptr;
   uint32_t size = 0;
-  if (!blk.GetData(Key(prefix, ".CALINFO_VERSION").c_str(), &data, &size) || size != 2) return 0;
-  hs::ByteReader version(data, size);
-  if (version.u16le() != CALINFO_VERSION) return 0;
+  // Only a version that is there and differs is refused; blocks without one are taken.
+  if (blk.GetData(Key(prefix, ".CALINFO_VERSION").c_str(), &data, &size)) {
+    hs::ByteReader version(data, size);
+    if (size != 2 || version.u16le() != CALINFO_VERSION) return 0;
+  }
   if (!blk.GetData(Key(prefix, ".this").c_str(), &data, &size)) return 0;
   return _UnpackImage(static_cast<const uint8_t*>(data), size) ? 1 : 0;
 }

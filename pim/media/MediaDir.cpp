@@ -45,6 +45,19 @@ bool CMediaDir::DetachChild(CMediaDir* child) {
   return true;
 }
 
+void CMediaDir::MoveChildrenTo(CMediaDir* to) {
+  if (!to || to == this) return;
+  // A node below this one cannot take this node's children: they would hold themselves.
+  for (CMediaDir* p = to; p; p = p->m_pParentDir)
+    if (p == this) return;
+  to->m_children.reserve(to->m_children.size() + m_children.size());
+  for (CMediaDir* c : m_children) {
+    c->m_pParentDir = to;
+    to->m_children.AddTail(c);
+  }
+  m_children.RemoveAll();
+}
+
 void CMediaDir::RemoveAllChildren() {
   for (CMediaDir* c : m_children) delete c;
   m_children.RemoveAll();

@@ -1,8 +1,6 @@
 #include <cstring>
 
-#include "handset/pim/QP.h"
 #include "handset/pim/VObjLite.h"
-#include "pim/vobject/ValueCodec.h"
 
 namespace {
 
@@ -163,17 +161,22 @@ bool CProperty::Build(const char* line, const _FormalDef* row) {
     }
   }
   CString raw(colon + 1);
-  if (m_strName == "X-IRMC-URL") {
-    m_strValue = hs::vobj::ExtractShortcutUrl(raw, m_nEncoding == VOBJ_ENC_QP);
-  } else if (m_nEncoding == VOBJ_ENC_QP) {
-    CQP qp;
-    const char* d = qp.Decode(raw.c_str());
-    if (!d) return false;
-    m_strValue.assign(d, qp.GetLength());
-  } else if (m_nEncoding == VOBJ_ENC_BASE64) {
-    if (!_VObjBase64Decode(raw.c_str(), &m_strValue)) return false;
-  } else {
-    m_strValue = std::move(raw);
+  // A fixed-format separator ends in literal text after its ':' ("[InternetShortcut]URL="); a
+  // line that carries the literal holds the value after it, as the composer writes it.
+  if (std::strcmp(row->separator, ":") != 0) {
+    const char* literal = std::strchr(row->separator, ':');
+    size_t n = literal ? std::strlen(literal + 1) : 0;
+    if (n > 0 && raw.compare(0, n, literal + 1) == 0) raw.erase(0, n);
   }
+  m_strValue = std::move(raw);
   return true;
+}
+
+bool CProperty::HasQpLabel() const {
+  for (const VOBJ_PARAM& p : m_params) {
+    if ((p.kind == VOBJ_PARAM_ENCODING || p.kind == VOBJ_PARAM_OTHER) &&
+        p.value.CompareNoCase("QUOTED-PRINTABLE") == 0)
+      return true;
+  }
+  return false;
 }

@@ -1,8 +1,7 @@
 #include "pim/vobject/ValueCodec.h"
 
-#include <cstring>
-
 #include "handset/pim/QP.h"
+#include "handset/pim/VObjLite.h"
 
 namespace hs {
 namespace vobj {
@@ -14,23 +13,13 @@ bool CopiedAsIs(unsigned char c) {
          c == '_' || (c >= 'a' && c <= 'z');
 }
 
-bool IsUpperHex(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
-}
-
-// True when every '=' starts a complete upper-case escape: only then is the text surely encoded
-// (a bare URL such as "?a=1" must not lose its '=').
-bool LooksEncoded(const CString& s) {
-  for (size_t i = 0; i < s.size(); ++i) {
-    if (s[i] != '=') continue;
-    if (i + 2 >= s.size() || !IsUpperHex(s[i + 1]) || !IsUpperHex(s[i + 2])) return false;
-    i += 2;
-  }
-  return true;
-}
-
-bool StartsWith(const CString& s, size_t pos, const char* lit) {
-  return s.compare(pos, std::strlen(lit), lit) == 0;
+int8_t B64Value(unsigned char c) {
+  if (c >= 'A' && c <= 'Z') return static_cast<int8_t>(c - 'A');
+  if (c >= 'a' && c <= 'z') return static_cast<int8_t>(c - 'a' + 26);
+  if (c >= '0' && c <= '9') return static_cast<int8_t>(c - '0' + 52);
+  if (c == '+') return 62;
+  if (c == '/') return 63;
+  return -1;
 }
 
 }  // namespace
@@ -51,34 +40,81 @@ CString EncodeQpValue(const CString& value) {
   return out;
 }
 
-CString ExtractShortcutUrl(const CString& raw, bool quotedPrintable) {
-  const char kSection[] = "[InternetShortcut]";
-  if (!StartsWith(raw, 0, kSection)) return raw;
-  size_t pos = sizeof(kSection) - 1;
-  // Phones put the line break of the embedded shortcut file either encoded or literally.
-  for (;;) {
-    if (StartsWith(raw, pos, "=0D=0A")) {
-      pos += 6;
-    } else if (StartsWith(raw, pos, "=0A")) {
-      pos += 3;
-    } else if (pos < raw.size() && (raw[pos] == '\r' || raw[pos] == '\n' || raw[pos] == ' ')) {
-      ++pos;
-    } else {
-      break;
-    }
-  }
-  if (StartsWith(raw, pos, "URL=")) pos += 4;
-  size_t end = pos;
-  while (end < raw.size() && raw[end] != '\r' && raw[end] != '\n' &&
-         !(raw[end] == '=' && (StartsWith(raw, end, "=0D") || StartsWith(raw, end, "=0A"))))
-    ++end;
-  CString url = raw.substr(pos, end - pos);
-  if (quotedPrintable && url.find('=') != CString::npos && LooksEncoded(url)) {
+bool DecodeValue(const char* text, int32_t encoding, CString* out) {
+  if (!text || !out) return false;
+  if (encoding == VOBJ_ENC_QP) {
     CQP qp;
-    if (const char* d = qp.Decode(url.c_str())) url = d;
+    const char* d = qp.Decode(text);
+    if (!d) return false;
+    out->assign(d, qp.GetLength());
+    return true;
   }
-  return url;
+  if (encoding == VOBJ_ENC_BASE64) return _VObjBase64Decode(text, out);
+  *out = text;
+  return true;
+}
+
+CString EncodeValue(const CString& value, int32_t encoding) {
+  if (encoding == VOBJ_ENC_QP) return EncodeQpValue(value);
+  if (encoding == VOBJ_ENC_BASE64) return _VObjBase64Encode(value.data(), value.size());
+  return value;
 }
 
 }  // namespace vobj
 }  // namespace hs
+
+CString _VObjBase64Encode(const void* data, size_t size) {
+  static const char kAlpha[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  const unsigned char* p = static_cast<const unsigned char*>(data);
+  CString out;
+  if (!p) return out;
+  out.reserve((size + 2) / 3 * 4);
+  size_t i = 0;
+  for (; i + 3 <= size; i += 3) {
+    uint32_t v = (uint32_t(p[i]) << 16) | (uint32_t(p[i + 1]) << 8) | p[i + 2];
+    out += kAlpha[v >> 18];
+    out += kAlpha[(v >> 12) & 63];
+    out += kAlpha[(v >> 6) & 63];
+    out += kAlpha[v & 63];
+  }
+  if (size - i == 1) {
+    uint32_t v = uint32_t(p[i]) << 16;
+    out += kAlpha[v >> 18];
+    out += kAlpha[(v >> 12) & 63];
+    out += "==";
+  } else if (size - i == 2) {
+    uint32_t v = (uint32_t(p[i]) << 16) | (uint32_t(p[i + 1]) << 8);
+    out += kAlpha[v >> 18];
+    out += kAlpha[(v >> 12) & 63];
+    out += kAlpha[(v >> 6) & 63];
+    out += '=';
+  }
+  return out;
+}
+
+bool _VObjBase64Decode(const char* text, CString* out) {
+  if (!text || !out) return false;
+  CString result;
+  uint32_t acc = 0;
+  int bits = 0, pad = 0;
+  for (const unsigned char* p = reinterpret_cast<const unsigned char*>(text); *p; ++p) {
+    unsigned char c = *p;
+    if (c == ' ' || c == '\t' || c == '\r' || c == '\n') continue;
+    if (c == '=') {
+      ++pad;
+      continue;
+    }
+    int8_t v = hs::vobj::B64Value(c);
+    if (v < 0 || pad) return false;
+    acc = (acc << 6) | static_cast<uint32_t>(v);
+    bits += 6;
+    if (bits >= 8) {
+      bits -= 8;
+      result += static_cast<char>((acc >> bits) & 0xFF);
+    }
+  }
+  // Leftover bits must be padding zeros of a 2- or 3-character final group.
+  if (bits >= 6 || pad > 2 || (acc & ((1u << bits) - 1)) != 0) return false;
+  *out = std::move(result);
+  return true;
+}

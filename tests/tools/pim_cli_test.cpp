@@ -113,4 +113,30 @@ TEST(BookmarksCli, ExportedTreeImportsBackAsTheSameJson) {
   fs::remove_all(dir);
 }
 
+// Failures name the folder, the file, the operation and the reason; a folder that links back into
+// itself imports once and ends.
+TEST(BookmarksCli, FailuresGiveTheReasonAndLinkLoopsEnd) {
+  std::string dir = hs::test::MakeTempDir("bookmarks-cli-fail");
+  WriteText(dir + "/tree.json",
+            "{\"title\":\"\",\"type\":\"folder\",\"children\":["
+            "{\"title\":\"News\",\"type\":\"bookmark\",\"url\":\"http://n/\"}]}");
+  WriteText(dir + "/file", "not a folder");
+  std::string err;
+  EXPECT_EQ(RunCli("bookmarks export " + dir + "/tree.json " + dir + "/file/sub 2>&1", &err), 1);
+  EXPECT_NE(err.find("file/sub"), std::string::npos) << err;
+  EXPECT_NE(err.find("create folder"), std::string::npos) << err;
+
+  fs::create_directories(dir + "/loop");
+  WriteText(dir + "/loop/one.vbm", "BEGIN:VBKM\nVERSION:1.0\nURL:http://1/\nTITLE:One\nEND:VBKM\n");
+  fs::create_symlink(".", dir + "/loop/a");
+  fs::create_symlink(".", dir + "/loop/b");
+  std::string out;
+  ASSERT_EQ(RunCli("bookmarks import " + dir + "/loop", &out), 0);
+  EXPECT_EQ(out, "One\thttp://1/\n");
+  WriteText(dir + "/loop/two.vbm", "BEGIN:VCARD\nEND:VCARD\n");
+  EXPECT_EQ(RunCli("bookmarks import " + dir + "/loop/two.vbm 2>&1", &err), 1);
+  EXPECT_NE(err.find("two.vbm: read: not a vBookmark"), std::string::npos) << err;
+  fs::remove_all(dir);
+}
+
 }  // namespace

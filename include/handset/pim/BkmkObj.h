@@ -22,7 +22,8 @@ class HANDSET_API CBkmkGenCap {
   /// "strVBKMversion", "nTitleCLen", "nTitleWLen", "enTitleEncode", "enTitleCharset",
   /// "nUrlCLen", "nUrlWLen" after `prefix`. Returns 1.
   int PackData(const char* prefix, CPackageBlk& blk) const;
-  /// Reads the keys that are present; the others keep their value. Returns 1.
+  /// Reads the keys that are present; the others keep their value. "strVBKMversion" is cut to
+  /// 15 bytes (kMaxVersion with the NUL): a block may claim any length. Returns 1.
   int UnpackData(const char* prefix, const CUnpackageBlk& blk);
 
   static const size_t kMaxVersion = 16;
@@ -75,7 +76,8 @@ class HANDSET_API CBkmkObj : public CMediaDir {
   /// Builds a vBookmark from a bookmark node. A null `vbkm` gets a new `CVbkm` (caller owns it);
   /// a given one (of any dialect) is refilled. 0 for a folder.
   int CreateVBKM(CVbkm*& vbkm) const;
-  /// Takes title and URL from `vbkm` and becomes a bookmark; 0 when it has no TITLE.
+  /// Takes title and URL from `vbkm`, decoded from the encoding their lines carry, and becomes a
+  /// bookmark; 0 when it has no TITLE.
   int FromVBKM(CVbkm* vbkm);
 
   /// Packs the base keys, then "ClassID" ("CBkmkObject"), the fields and the capabilities; with
@@ -84,6 +86,8 @@ class HANDSET_API CBkmkObj : public CMediaDir {
   /// A multi-line description of the subtree for diagnostics.
   CString _DUMP_DBG_INFO(int indent = 0) const;
 
+  /// Field sizes with the NUL. Unpacking cuts a longer stored text to its field (handle 63 bytes,
+  /// title 255, URL 2047): a block may claim any length, and the phone's fields hold no more.
   static const size_t kMaxHandle = 64;
   static const size_t kMaxTitle = 256;
   static const size_t kMaxURL = 2048;
@@ -100,6 +104,7 @@ class HANDSET_API CBkmkObj : public CMediaDir {
 
  protected:
   CMediaDir* _CreateChild() const override { return new CBkmkObj; }
+  /// Reads the node's own keys; texts are cut to kMaxHandle, kMaxTitle and kMaxURL less the NUL.
   int _UnpackSelf(const char* prefix, const CUnpackageBlk& blk) override;
   void _CopyFields(const CBkmkObj& other);
 };

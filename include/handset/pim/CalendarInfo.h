@@ -68,9 +68,11 @@ class HANDSET_API CCalendarInfo {
   /// Writes ".CALINFO_VERSION" (2 bytes, 0x1010) and ".this" (the 4084-byte image) after
   /// `prefix` (null is ""). Returns 1.
   int PackData(const char* prefix, CPackageBlk& blk) const;
-  /// Reads the two keys back. The image is taken only when the version is present and 0x1010
-  /// and the image is exactly 4084 bytes; otherwise the entry is left as it was and 0 returned.
-  /// A text field stored without a NUL loses its last byte to one. Returns 1 on success.
+  /// Reads the two keys back and takes the image when it is present and exactly 4084 bytes. A
+  /// ".CALINFO_VERSION" that is present and not the 2 bytes of 0x1010 refuses the block; a block
+  /// without the key is read. When the image is not taken the entry is left as it was and 0
+  /// returned. A text field stored without a NUL loses its last byte to one, so every field
+  /// stays a terminated text. Returns 1 on success.
   int UnpackData(const char* prefix, const CUnpackageBlk& blk);
 
   /// Writes the image into `out`, which must hold 4084 bytes.

@@ -76,9 +76,10 @@ class HANDSET_API CContactInfo {
   /// Writes "CINFO_VERSION", "CINFO_TYPE", "CINFO_LABEL" and "CINFO_INFO" after `prefix` (null
   /// is ""). Returns 1.
   int PackData(const char* prefix, CPackageBlk& blk) const;
-  /// Empties the entry, then reads the same keys; a missing key leaves its field empty, texts
-  /// are cut to the raw field sizes. Returns 0 (entry left empty) when "CINFO_VERSION" is
-  /// present with another value than 0x1120, 1 otherwise.
+  /// Empties the entry, then reads the same keys; a missing key leaves its field empty. A stored
+  /// text is cut to its raw field, the label to 127 bytes and the info to 2047 (a block may claim
+  /// any length; a record the phone takes holds no more). Returns 0 (entry left empty) when
+  /// "CINFO_VERSION" is present with another value than 0x1120, 1 otherwise.
   int UnpackData(const char* prefix, const CUnpackageBlk& blk);
 
  private:

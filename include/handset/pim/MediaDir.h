@@ -30,6 +30,9 @@ class HANDSET_API CMediaDir {
   /// Takes `child` out of the list without deleting it; false when it is not a child.
   bool DetachChild(CMediaDir* child);
   void RemoveAllChildren();
+  /// Appends all children, in order, to `to` (which takes ownership) and leaves this node
+  /// without children; linear in their number. Nothing moves when `to` is this node or below it.
+  void MoveChildrenTo(CMediaDir* to);
 
   /// Packs the node (and its subtree when `withChildren`). Returns 1.
   virtual int PackData(const char* prefix, CPackageBlk& blk, int withChildren) const;

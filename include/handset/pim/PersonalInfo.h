@@ -121,8 +121,10 @@ class HANDSET_API CPersonalInfo {
   /// The flag, the index and the desktop handle are not part of the block. Returns 1.
   int PackData(const char* prefix, CPackageBlk& blk) const;
   /// Empties the contact, then reads the same keys; a missing key leaves its field empty, a
-  /// stored count is clamped to 0-120, texts are cut to the raw field sizes. Returns 0 (contact
-  /// left empty) when "PI_VERSION" or an entry's version is present with another value, else 1.
+  /// stored count is clamped to 0-120. The name is cut to 255 bytes and each entry's texts as
+  /// `CContactInfo::UnpackData` cuts them: a block may claim any length, the raw record holds no
+  /// more. Returns 0 (contact left empty) when "PI_VERSION" or an entry's version is present with
+  /// another value, else 1.
   int UnpackData(const char* prefix, const CUnpackageBlk& blk);
 
  private:

@@ -64,8 +64,9 @@ using CPropertyList = CxTypedPtrList<CProperty*>;
 using CPropValList = CxTypedPtrList<_PropValDef*>;
 
 /// One parsed or composed line, or a nested object (then `m_subProps` holds its lines, BEGIN and
-/// END included). Values are held decoded: a QUOTED-PRINTABLE or BASE64 value is decoded when read
-/// and encoded again when composed.
+/// END included). The value is held as it stands in the text: a QUOTED-PRINTABLE or BASE64 value
+/// stays encoded, and is written back as it is. `CVObjLite::GetPropDecodedValue` and
+/// `SetPropDecodedValue` decode and encode on request.
 class HANDSET_API CProperty {
  public:
   CProperty() = default;
@@ -74,8 +75,9 @@ class HANDSET_API CProperty {
   CProperty& operator=(const CProperty& other);
 
   /// Builds a property from `line` for template row `row`: the parameters lie between the row's
-  /// name and the first ':', the value after it. False when the line carries no value although
-  /// the row has one to carry.
+  /// name and the first ':', the value after it. A row with a fixed-format separator (longer than
+  /// ":") takes the value after that separator when the line carries it. False when the line
+  /// carries no ':' although the row has a value to carry.
   bool Build(const char* line, const _FormalDef* row);
   /// Adds a parameter of `kind` (VOBJ_PARAM_*) at the end; ENCODING and CHARSET also set the
   /// property's encoding and character set when the text names a known one.
@@ -83,6 +85,8 @@ class HANDSET_API CProperty {
   void RemoveAllParams() { m_params.clear(); }
   /// Frees the nested properties.
   void RemoveAllSubProps();
+  /// True when a parameter labels the value QUOTED-PRINTABLE (as "ENCODING=..." or bare).
+  bool HasQpLabel() const;
 
   /// Reads an ENCODING parameter text ("ENCODING=BASE64"): the second token at ";=" compared
   /// without regard to case. True only when it names a known encoding.
@@ -95,8 +99,8 @@ class HANDSET_API CProperty {
 
   CString m_strName;
   std::vector<VOBJ_PARAM> m_params;
-  CString m_strValue;
-  int32_t m_nEncoding = VOBJ_ENC_NONE;
+  CString m_strValue;                   ///< as it stands in the text, or a placeholder
+  int32_t m_nEncoding = VOBJ_ENC_NONE;  ///< the encoding `m_strValue` (or its binding) is held in
   int32_t m_nCharset = VOBJ_CHARSET_NONE;
   const _FormalDef* m_pFormal = nullptr;  ///< row it was built from; not owned
   bool m_bNested = false;
@@ -105,6 +109,10 @@ class HANDSET_API CProperty {
 
 /// Parser and writer of line-oriented vObject text against a static template. Subclasses
 /// supply the template and the sample from which an empty object is built.
+///
+/// Values are held as they stand in the text, so `GetPropTableValue` of a quoted-printable value
+/// gives the encoded text (decode it with `CQP` or `GetPropDecodedValue`) and `Composing` writes
+/// every value as it is held.
 class HANDSET_API CVObjLite {
  public:
   /// `formal` is the template; it is never owned and must outlive the object.
@@ -115,7 +123,9 @@ class HANDSET_API CVObjLite {
 
   /// Parses a whole text: quoted-printable values folded with soft line breaks are joined, the
   /// text is split at every CR and LF (empty lines are skipped), then `ParseString` runs against
-  /// the template. On failure `error` (may be null) receives a short reason.
+  /// the template. When the first line is not the template's BEGIN line (or there is no line) the
+  /// properties are left as they were; otherwise they are replaced by what the text holds. On
+  /// failure `error` (may be null) receives a short reason.
   virtual bool Parsing(char* text, CString* error);
   /// Composes the properties as CRLF-terminated lines. Only when `size` is 0 on entry: allocates
   /// exactly `size` bytes (no NUL) with new[] into `buffer`; the caller owns it (delete[]). A
@@ -126,16 +136,25 @@ class HANDSET_API CVObjLite {
   /// the object's closing line stay in `lines`. False when the first line is not the template's
   /// BEGIN line, a mandatory row is missing (error code -1 - row index) or a line matched no row.
   virtual bool ParseString(CStringList& lines, CPropertyList& props, const _FormalDef* formal);
-  /// The value of property `name`, resolved through its placeholder binding; null when there is
-  /// no such property, or its placeholder has no binding.
+  /// The value of property `name` as it stands in the text, resolved through its placeholder
+  /// binding; null when there is no such property, or its placeholder has no binding.
   virtual const char* GetPropTableValue(const char* name);
   /// Stores `value` as the value of property `name` (into its binding when its value is a
-  /// placeholder); returns the stored text, or null when there is no property or binding.
+  /// placeholder); returns the stored text, or null when there is no property or binding. The
+  /// text is written as given: under an ENCODING label it must already be encoded.
   virtual const char* SetPropTableValue(const char* name, const char* value);
   /// Replaces the properties by the object's empty sample.
   virtual bool CreateEmptyProperties() = 0;
   /// 0 after a successful parse; -1 - index of the first missing mandatory row after a failed one.
   virtual int GetErrorCode() { return m_nErrorCode; }
+
+  /// The value of property `name` decoded from the encoding it is held in (quoted-printable by the
+  /// rules of `CQP::Decode`, BASE64, or none). False when there is no value or it cannot be
+  /// decoded (an escape cut short, malformed base64).
+  bool GetPropDecodedValue(const char* name, CString* value);
+  /// Encodes `value` into the encoding property `name` is held in and stores it as
+  /// `SetPropTableValue` does; returns the stored (encoded) text, or null.
+  const char* SetPropDecodedValue(const char* name, const char* value);
 
   /// The first binding whose key equals `key`, or null.
   _PropValDef* SearchPropValTable(const char* key);
@@ -145,10 +164,16 @@ class HANDSET_API CVObjLite {
   static bool IsCtrlText(const char* text);
   /// Frees all properties.
   void RemoveAllProperties();
-  /// Lines that matched no template row during the last parse.
+  /// The first lines (at most kSetAsideKept) that matched no template row during the last parse.
   const CStringList& GetSetAsideLines() const { return m_setAside; }
+  /// How many lines matched no template row during the last parse; only the first are kept.
+  size_t GetSetAsideCount() const { return m_nSetAside; }
   const CPropertyList& GetProperties() const { return m_props; }
   const _FormalDef* GetFormal() const { return m_pFormal; }
+
+  /// Set-aside lines kept for messages; the rest are only counted, so text of any size that the
+  /// template does not know costs no memory beyond the text itself.
+  static constexpr int kSetAsideKept = 16;
 
  protected:
   /// Appends the line(s) of `prop` to `lines`; false when it cannot be composed.
@@ -156,8 +181,23 @@ class HANDSET_API CVObjLite {
   /// The sample lines of an empty object.
   virtual void _CreateEmptySample(CStringList& lines) = 0;
   /// Joins quoted-printable values folded with soft line breaks ("=" CR LF) into one line; the
-  /// values stay encoded.
+  /// values stay encoded. One pass over the text.
   virtual void _PreprocEscChars(CString& text);
+  /// Builds `prop` from `line`, which matched template row `row`; false drops the line (its row
+  /// still counts as present). The parse-side counterpart of `_ComposeProperty`: dialects
+  /// that hold a property in another shape than the text convert it here.
+  virtual bool _ParseProperty(CProperty* prop, const char* line, const _FormalDef* row);
+
+  /// True when `row` is the empty row that closes a template (name, value and sub all null;
+  /// separator and type are not looked at). A null pointer counts as empty.
+  static bool _IsFormalDefEmpty(const _FormalDef* row);
+  static bool _IsFormalDefEmpty(const _FormalDef& row) { return _IsFormalDefEmpty(&row); }
+
+  /// The text line of an ordinary property with `value` as its value: the name, then the row's
+  /// fixed-format separator, or the parameters and ':'.
+  static CString _ComposeLine(const CProperty& prop, const char* value);
+  /// The value of `prop` as held, its placeholder resolved; null when the binding is missing.
+  const char* _ResolveValue(const CProperty& prop);
   /// Moves a parsed value behind its row's placeholder (creating the binding when needed).
   void _BindValue(CProperty* prop, const _FormalDef& row);
   /// The property called `name`, searched depth first through nested objects.
@@ -169,10 +209,29 @@ class HANDSET_API CVObjLite {
   int m_nErrorCode = 0;
   const _FormalDef* m_pErrorFormal = nullptr;  ///< template the error code indexes
   CStringList m_setAside;
+  size_t m_nSetAside = 0;
+  bool m_bParseBegun =
+      false;  ///< the last Parsing found its BEGIN line and replaced the properties
 
  private:
+  struct ParseCursor;
+  bool _ParseRows(ParseCursor& cur, CPropertyList& props, const _FormalDef* formal, int depth);
+  bool _ParseLine(ParseCursor& cur, CPropertyList& props, const _FormalDef* formal, size_t rows,
+                  int depth, size_t* matched);
+  void _SetAside(const CString& line, size_t more);
+  void _SplitLines(const CString& text, CStringList& lines);
   void _FreePropVals();
   void _CopyFrom(const CVObjLite& other);
+
+  /// Runs of lines that no template row can match, collapsed by Parsing: the line at `first`
+  /// stands for itself and `more` lines after it. Valid while Parsing runs ParseString on
+  /// `m_pRunLines`.
+  struct LineRun {
+    size_t first;
+    size_t more;
+  };
+  std::vector<LineRun> m_runs;
+  const CStringList* m_pRunLines = nullptr;
 };
 
 /// The text after the first of "http://", "https://", "rtsp://" found in `url` (tried in that

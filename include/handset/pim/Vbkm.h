@@ -12,6 +12,11 @@ HANDSET_API extern const _FormalDef g_oemVbkmEnvFormalDef[];  ///< its BEGIN:ENV
 /// A vBookmark (BEGIN:VBKM ... END:VBKM): title, URL and an embedded internet shortcut. Read and
 /// change it through GetPropTableValue / SetPropTableValue with "VERSION", "URL", "TITLE" and
 /// "X-IRMC-URL"; in this dialect URL and X-IRMC-URL share one value.
+///
+/// Values are held as they stand in the text (a quoted-printable TITLE stays encoded; decode it
+/// with GetPropDecodedValue), with one exception that makes the shared value work: X-IRMC-URL is
+/// held as the bare URL of its shortcut block, decoded, and is wrapped and encoded again when
+/// composed.
 class HANDSET_API CVbkm : public CVObjLite {
  public:
   /// `formal` null selects the generic template. The object starts with the empty sample's
@@ -25,8 +30,18 @@ class HANDSET_API CVbkm : public CVObjLite {
   const char* GetPropTableValue(const char* name) override;
   const char* SetPropTableValue(const char* name, const char* value) override;
 
+  /// Sets the bookmark: TITLE to `title` (encoded as the TITLE line is labelled), URL and
+  /// X-IRMC-URL to `url` (null texts are ""). True when TITLE and URL were set; X-IRMC-URL is
+  /// set when the object has one.
+  bool SetTitleAndUrl(const char* title, const char* url);
+
  protected:
   void _CreateEmptySample(CStringList& lines) override;
+  /// X-IRMC-URL: the URL inside the shortcut block, decoded when the line is quoted-printable.
+  bool _ParseProperty(CProperty* prop, const char* line, const _FormalDef* row) override;
+  /// X-IRMC-URL: written as a shortcut block ("[InternetShortcut]" "URL=" and the URL), the URL
+  /// quoted-printable encoded when the line is labelled so.
+  bool _ComposeProperty(CProperty* prop, CStringList& lines) override;
   /// Builds the sample properties when they are still due.
   void _EnsureSample();
 

@@ -10,6 +10,7 @@ enum HsResultFamily {
   HS_RESULT_MIDI_TO_IMELODY,  ///< CMid2iMelody
   HS_RESULT_SMAF,             ///< CMMFInfo
   HS_RESULT_TRACK,            ///< CMidTrackElement / CMidNoteElement helpers (0 or -1)
+  HS_RESULT_MMS_PDU,          ///< MMS PDU decoding and encoding, MMS part extraction
   HS_RESULT_SMS,              ///< short-message PDUs and user data
   HS_RESULT_FAMILY_COUNT
 };
@@ -95,6 +96,22 @@ enum : int {
 namespace track {
 enum : int { kOk = 0, kErrFailed = -1 };
 }  // namespace track
+
+/// MMS PDU decoder and encoder (MmsDecodePdu, MmsEncodePdu, MmsExtractParts).
+namespace mmspdu {
+enum : int {
+  kOk = 0,
+  kErrEmpty = 1,
+  kErrNotMms = 2,
+  kErrTruncated = 3,
+  kErrBadValue = 4,
+  kErrBadHeader = 5,
+  kErrBadBody = 6,
+  kErrTooLarge = 7,
+  kErrFolder = 8,
+  kErrWrite = 9,
+};
+}  // namespace mmspdu
 
 /// Short-message PDUs and user data (CSmPdu, CSmUserData, CSmContext encoders).
 namespace sms {

@@ -21,7 +21,9 @@ class HANDSET_API CString : public std::string {
   bool IsEmpty() const { return empty(); }
   void Empty() { clear(); }
   const char* GetString() const { return c_str(); }
-  /// Case-insensitive comparison (ASCII letters), like strcasecmp: <0, 0 or >0.
+  /// Comparison ignoring case, like strcasecmp: <0, 0 or >0. Letters beyond ASCII fold too: UTF-8
+  /// on POSIX (accented Latin, Greek, Cyrillic... by their simple lower-case mapping), the system
+  /// code page on Windows. Bytes that form no character compare as they are.
   int CompareNoCase(const char* other) const;
   /// printf-style formatting into this string.
   void Format(const char* fmt, ...)

@@ -220,3 +220,34 @@ TEST(BkmkImport, EveryCorpusVBookmarkIsRead) {
 }
 
 }  // namespace
+
+namespace {
+
+// Stored texts longer than the phone's fields are cut on unpack: handle 63 bytes, title 255,
+// URL 2047, vBookmark version 15. A text of exactly the field's length stays whole.
+TEST(BkmkPackage, TextsAreCutToTheirFieldOnUnpack) {
+  struct Case {
+    const char* key;
+    size_t keep;
+  } cases[] = {
+      {"m_strHandle", 63}, {"m_strTitle", 255}, {"m_strURL", 2047}, {"strVBKMversion", 15}};
+  for (const Case& c : cases) {
+    for (size_t len : {c.keep, c.keep + 1, size_t(100000)}) {
+      CBkmkObj node("h", "t", OBJECT_TYPE_FILE);
+      CBkmkGenCap cap;
+      node.SetGenCap(&cap);
+      CPackageBlk blk;
+      node.PackData("", blk, 0);
+      blk.AddString(c.key, std::string(len, 'x').c_str());
+      CBkmkObj back;
+      ASSERT_EQ(back.UnpackData("", CUnpackageBlk(blk), 0), 1) << c.key;
+      const CString& got = std::string(c.key) == "m_strHandle"  ? back.m_strHandle
+                           : std::string(c.key) == "m_strTitle" ? back.m_strTitle
+                           : std::string(c.key) == "m_strURL"   ? back.m_strURL
+                                                                : back.m_pGenCap->strVBKMversion;
+      EXPECT_EQ(got.size(), std::min(len, c.keep)) << c.key << " " << len;
+    }
+  }
+}
+
+}  // namespace

@@ -61,7 +61,11 @@ TEST(Vbkm, OemDialectWritesNineLinesAndTheTitleParameters) {
             "END:ENV\r\nEND:VBKM\r\n");
   COemPanaVbkm back;
   ASSERT_TRUE(back.Parsing(&text[0], nullptr));
-  EXPECT_STREQ(back.GetPropTableValue("TITLE"), "A=B");
+  EXPECT_STREQ(back.GetPropTableValue("TITLE"), "A=3DB");  // as it stands in the text
+  CString title;
+  ASSERT_TRUE(back.GetPropDecodedValue("TITLE", &title));
+  EXPECT_EQ(title, "A=B");
+  EXPECT_EQ(Compose(back), text);  // a title read encoded is written as it stands
   // The generic template does not know X-S-BROWSERTYPE: the line is set aside.
   CVbkm generic;
   EXPECT_FALSE(generic.Parsing(&text[0], nullptr));
@@ -76,9 +80,11 @@ TEST(Vbkm, ForeignShapesOfTheShortcutAndMissingRows) {
       "END:VBKM\r\n";
   CVbkm v;
   CString err;
-  // "URL=3D..." is not the "URL=" key; the value stays as written after the section.
+  // A block encoded whole (its line break "=0D=0A", its key "URL=3D") gives the same URL.
   ASSERT_TRUE(v.Parsing(&folded[0], &err)) << err;
   EXPECT_STREQ(v.GetPropTableValue("TITLE"), "t");
+  EXPECT_STREQ(v.GetPropTableValue("X-IRMC-URL"), "http://a/");
+  EXPECT_STREQ(v.GetPropTableValue("URL"), "http://a/");
   std::string noTitle = "BEGIN:VBKM\nVERSION:1.0\nURL:u\nEND:VBKM\n";
   CVbkm w;
   EXPECT_FALSE(w.Parsing(&noTitle[0], nullptr));
