@@ -312,7 +312,8 @@ int Count(const hs::cli::Args& a) {
   std::string text;
   if (!ReadText(a.Positional()[1], &text)) return 1;
   CSmContext ctx;
-  ctx.GetContent()->AddItem(new CSmText(text.c_str()), false, true);
+  CSmText item(text.c_str());
+  ctx.GetContent()->AddItem(&item, true, true);  // a clone; an empty text is not added
   std::vector<SM_UD_SEGMENT> segs;
   if (ctx.EncodeUserDataPdu(0, &segs, enc) == 0) {
     hs::cli::FailCode("sms count", HS_RESULT_SMS, ctx.GetEncodeError());

@@ -25,7 +25,8 @@ std::string Repeat(const std::string& s, int n) {
 std::vector<SM_UD_SEGMENT> EncodeText(const std::string& text, int ref = 9,
                                       ME_SMS_ENCODE enc = SMS_ENC_AUTO) {
   CSmContext c;
-  c.GetContent()->AddItem(new CSmText(text.c_str()), false, true);
+  CSmText item(text.c_str());
+  c.GetContent()->AddItem(&item, true, true);
   std::vector<SM_UD_SEGMENT> segs;
   c.EncodeUserDataPdu(ref, &segs, enc);
   return segs;
@@ -100,7 +101,8 @@ TEST(SmUserData, SegmentBoundaries) {
   };
   for (const Case& c : cases) {
     CSmContext ctx;
-    ctx.GetContent()->AddItem(new CSmText(c.text.c_str()), false, true);
+    CSmText item(c.text.c_str());
+    ctx.GetContent()->AddItem(&item, true, true);
     bool enhanced = true, isLong = false;
     ME_SMS_ENCODE enc = SMS_ENC_AUTO;
     EXPECT_EQ(ctx.GetEncodeInfo(&enhanced, &isLong, &enc), static_cast<int>(c.textUnits.size()))
@@ -315,7 +317,7 @@ TEST(SmUserData, RandomContentRoundTrips) {
       int n = static_cast<int>(rng() % 90);
       for (int k = 0; k < n; ++k) t += pieces[rng() % (round % 3 == 0 ? 11 : 6)];
       all += t;
-      m->AddItem(new CSmText(t.c_str()), false, true);
+      if (!t.empty()) m->AddItem(new CSmText(t.c_str()), false, true);
       if (rng() % 2) {
         m->AddItem(new CSmSound(static_cast<int>(rng() % 10)), false, true);
         ++objects;
